@@ -1,0 +1,64 @@
+# The doors to the everyday tasks; the work is done by CMake (see CMakePresets.json) and the scripts.
+PRESET ?= dev
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+PREFIX ?= /usr/local
+
+DEPENDENCIES = scripts/install-dependencies.sh
+BUILD = cmake --build --parallel $(JOBS)
+MAKEFLAGS += --no-print-directory
+CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
+
+.DEFAULT_GOAL := help
+.PHONY: help demo test bench asan tsan format lint docs install clean
+
+help: ## list the targets
+	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
+
+demo: ## triangulate the world's coastlines and draw them, in demo/
+	$(DEPENDENCIES) demo
+	cmake --preset release
+	$(BUILD) --preset release --target norvik2d_tool
+	scripts/demo.sh build/release/tools/norvik2d demo
+
+test: ## build and run all tests (PRESET=dev)
+	$(DEPENDENCIES) test
+	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
+	$(BUILD) --preset $(PRESET)
+	ctest --preset $(PRESET) --parallel $(JOBS)
+
+bench: ## measure against other libraries and print the table of ratios
+	$(DEPENDENCIES) bench
+	cmake --preset release -DNORVIK2D_BUILD_TOOLS=OFF -DNORVIK2D_BUILD_BENCHMARKS=ON
+	$(BUILD) --preset release
+	benchmarks/run.sh build/release
+
+asan: ## run the tests under the address and undefined behaviour sanitizers
+	@$(MAKE) test PRESET=asan-ubsan
+
+tsan: ## run the threaded tests under the thread sanitizer
+	@$(MAKE) test PRESET=tsan
+
+format: ## format all C++ files
+	$(DEPENDENCIES) lint
+	clang-format -i $(CPP_FILES)
+
+lint: ## check the rules of the tree, and the library with clang-tidy
+	$(DEPENDENCIES) lint
+	tools/checkHouse.sh
+	cmake --preset $(PRESET)
+	git ls-files --cached --others --exclude-standard 'dt2Library/*.cpp' 'tools/*.cpp' | \
+	    xargs -P $(JOBS) -n 4 clang-tidy --quiet -p build/$(PRESET)
+
+docs: ## make the reference, in build/release/docs/html
+	$(DEPENDENCIES) docs
+	cmake --preset release -DNORVIK2D_BUILD_TOOLS=OFF -DNORVIK2D_BUILD_DOCS=ON
+	$(BUILD) --preset release --target norvik2d_docs
+
+install: ## install the library below PREFIX (/usr/local)
+	$(DEPENDENCIES) demo
+	cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	$(BUILD) --preset release
+	cmake --install build/release
+
+clean: ## remove all builds and the demo's pictures
+	rm -rf build demo

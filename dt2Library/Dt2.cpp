@@ -1,0 +1,335 @@
+#include "Dt2.h"
+
+#include <algorithm>
+#include <cmath>
+#include <thread>
+
+#include "diagnostics.h"
+#include "hotLoop.h"
+#include "require.h"
+#include "walk.h"
+
+namespace KELMAR_NORVIK2D {
+
+// ------------------------------------------------------------------------------------------ life and stores
+
+Dt2::Dt2(unsigned int numExpected) {
+    // Bounds of the first blocks that keep 2 * m + 10 within an int, and of the later ones: 100 MB each.
+    constexpr unsigned int mostExpected = 1000000000;
+    const int m = static_cast<int>(std::clamp(numExpected, 3U, mostExpected));
+    pointPool.init(m, 3125000);
+    trianglePool.init(2 * m + 10, 2083333);
+    box.setPredicates(&predicates);
+    vCheckT.reserve(64);
+}
+
+int Dt2::setNumCPU(int n) {
+    numCPU = n > 0 ? n : 1;
+    if (n == 0) numCPU = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    return numCPU;
+}
+
+Triangle2* Dt2::createTriangle(Point2* a, Point2* b, Point2* c) {
+    Triangle2* pT;
+    if (!recycledTriangles.empty()) {
+        pT = recycledTriangles.back();
+        recycledTriangles.pop_back();
+    } else {
+        pT = trianglePool.get();
+    }
+    setCorners(pT, a, b, c);
+    setNeighbours(pT, nullptr, nullptr, nullptr);
+    setIncidentTriangle(a, pT);
+    setIncidentTriangle(b, pT);
+    setIncidentTriangle(c, pT);
+    return pT;
+}
+
+void Dt2::storeRecycledT(const std::vector<Triangle2*>& vDeadT) {
+    const std::lock_guard lock(storesMutex);
+    recycledTriangles.insert(recycledTriangles.end(), vDeadT.begin(), vDeadT.end());
+}
+
+void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriangles) {
+    const std::lock_guard lock(storesMutex);
+    require(vFreshTriangles.empty(), "vFreshTriangles.empty()");
+    vFreshTriangles.resize(n);
+    for (Triangle2*& pT : vFreshTriangles) {
+        pT = trianglePool.get();
+        makeDead(pT);
+    }
+}
+
+// ------------------------------------------------------------------------------------------ flips
+
+/// Whether the circumcircle across edge 0 of a triangle at the vertex contains the vertex. Of the triangle
+/// beyond only the far corner is new: the others are corners of this one.
+[[gnu::always_inline]] inline bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx) {
+    const Triangle2* pU = neighbour(pT, 0);
+    const Point2* pFar = corner(pU, indexOf(pU, pT));
+    const CircleVerdict verdict =
+        KelmarTest::inCircleFilter(corner(pT, 2), corner(pT, 1), pFar, coordinatesOf(pVtx));
+    if (verdict != CircleVerdict::UNDECIDED) [[likely]]
+        return verdict == CircleVerdict::INSIDE;
+    return predicates.exact_circleInc(pU, pVtx);
+}
+
+/// Depth first: the triangle that a flip has made is looked at before its partner, which stays on the stack.
+NORVIK2D_HOT_LOOP void Dt2::flipUntilDelaunay(const Point2* pVtx) {
+    while (!vCheckT.empty()) {
+        Triangle2* pT = vCheckT.back();
+        Triangle2* pU = neighbour(pT, 0);
+        if (pU == nullptr || !isFlipWanted(pT, pVtx) || isConstraint(pT, 0) || bNoFlips) {
+            vCheckT.pop_back();
+            continue;
+        }
+        flipEdge(pT, 0);
+        vCheckT.push_back(pU);
+    }
+}
+
+/// Legalises the triangles of vRound, all of which have the vertex as corner 0; breadth first.
+NORVIK2D_HOT_LOOP void Dt2::legaliseInRounds(const Point2* pVtx) {
+    while (!vRound.empty()) {
+        vNextRound.clear();
+        for (Triangle2* pT : vRound) {
+            Triangle2* pU = neighbour(pT, 0);
+            if (pU == nullptr || isConstraint(pT, 0)) continue;
+            // Without flips only a triangle without area gets one: the mesh wouldn't be valid otherwise.
+            if (bNoFlips &&
+                predicates.getOrientation2(corner(pT, 1), corner(pT, 2), pVtx) != ORIENTATION2_COLLINEAR)
+                continue;
+            if (!isFlipWanted(pT, pVtx)) continue;
+            flipEdge(pT, 0);
+            vNextRound.push_back(pT);
+            vNextRound.push_back(pU);
+        }
+        std::swap(vRound, vNextRound);
+    }
+}
+
+// ---------------------------------------------------------------------------------- insertion of one point
+
+Point2* Dt2::insert(const Point2& point) {
+    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+        warning("Dt2::insert()", "non-finite coordinates, nothing done");
+        return nullptr;
+    }
+    if (!box.isInBox(point)) {
+        box.add(point);
+        hReconfiguration();
+    }
+    if (!is2D()) return insertWhileDegenerate(point);
+
+    Point2* pVtx = newVertex(point);
+    const std::uint32_t key = hc.iReset(point);
+    vertexVault.addItem(key, pVtx);
+    insertVertex(pVtx, vertexVault.getCloseTriangle(key));
+    if (!vertexVault.dupIsClean()) return vertexVault.treatOneDupGetHandle(pVtx);
+    vertexVault.sortIV(SORT_IF_NEEDED);
+    return pVtx;
+}
+
+/// Without triangles a duplicate can only be found by looking at all points. This phase is meant to be short.
+Point2* Dt2::insertWhileDegenerate(const Point2& point) {
+    for (const IdxVtxAct* pItem : *vertexVault.getData())
+        if (pItem->bAct && samePoint(pItem->pVtx, &point)) return pItem->pVtx;
+    Point2* pVtx = newVertex(point);
+    vertexVault.addItem(hc.iReset(point), pVtx);
+    createFullDimTriangle(0);
+    return pVtx;
+}
+
+/// The box has changed: it is doubled, so that this happens seldom, and all keys refer to the new one.
+void Dt2::hReconfiguration() {
+    box.doubleTheBox();
+    hc = HC2(box.getMinX(), box.getMinY(), box.getMaxX(), box.getMaxY(), 30);
+    vertexVault.reconfiguration();
+}
+
+Triangle2* Dt2::insertVertex(Point2*& pVtx, Triangle2* pStartT) {
+    if (progress.isTracked()) [[unlikely]]
+        progress.incProgress(1);
+    int edge = -1;
+    Triangle2* pT = pStartT;
+    const int code = walkToConflict(predicates, pVtx, pT, edge);
+    if (code != LOCATE_INSIDE) return triangulateCoplanarOrDuplicate(pVtx, pT, code);
+
+    Triangle2* pResult = edge < 0 ? initVCheckT13(pT, pVtx) : initVCheckT24(pT, pVtx, edge);
+    flipUntilDelaunay(pVtx);
+    return pResult;
+}
+
+int Dt2::locateConflictTriangle(const Point2* pVtx, Triangle2*& pT, int& edgeIndex) {
+    return walkToConflict(predicates, pVtx, pT, edgeIndex);
+}
+
+Triangle2* Dt2::triangulateCoplanarOrDuplicate(Point2*& pVtx, Triangle2* pT, int code) {
+    if (code != LOCATE_DUPLICATE) return insertVertexCH(pVtx, pT, code);
+    for (int i = 0; i < 3; ++i) {
+        if (!samePoint(corner(pT, i), pVtx)) continue;
+        vertexVault.registerDup(pVtx, corner(pT, i));
+        return pT;
+    }
+    error("triangulateCoplanarOrDuplicate()", "Proxy not found");
+    require(false, "false");
+    return nullptr;
+}
+
+Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
+    //         a
+    //        /|\           T becomes (p,a,b), A is (p,b,c), B is (p,c,a)
+    //       / p \          nX: the neighbour opposite x
+    //      b --- c
+    Point2* const a = corner(pT, 0);
+    Point2* const b = corner(pT, 1);
+    Point2* const c = corner(pT, 2);
+    Triangle2* const nA = neighbour(pT, 0);
+    Triangle2* const nB = neighbour(pT, 1);
+    Triangle2* const nC = neighbour(pT, 2);
+    Triangle2* const pA = createTriangle(p, b, c);
+    Triangle2* const pB = createTriangle(p, c, a);
+
+    setCorners(pT, p, a, b);
+    setNeighbours(pT, nC, pA, pB);
+    setNeighbours(pA, nA, pB, pT);
+    setNeighbours(pB, nB, pT, pA);
+    replaceNeighbour(nA, pT, pA);
+    replaceNeighbour(nB, pT, pB);
+    setIncidentTriangle(p, pT);
+    setIncidentTriangle(a, pT);
+    setIncidentTriangle(b, pT);
+
+    if (nC != nullptr) vCheckT.push_back(pT);
+    if (nA != nullptr) vCheckT.push_back(pA);
+    if (nB != nullptr) vCheckT.push_back(pB);
+    return pT;
+}
+
+Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
+    //         a
+    //      T / \           T becomes (p,c,a), U becomes (p,a,b),
+    //       b-p-c          V is (p,b,d), W is (p,d,c)
+    //      U \ /
+    //         d
+    Triangle2* const pU = neighbour(pT, edge);
+    require(pU != nullptr, "pNeigA!=__null");
+    const int j = indexOf(pU, pT);
+    Point2* const a = corner(pT, edge);
+    Point2* const b = corner(pT, ccw(edge));
+    Point2* const c = corner(pT, cw(edge));
+    Point2* const d = corner(pU, j);
+    Triangle2* const nCA = neighbour(pT, ccw(edge));
+    Triangle2* const nAB = neighbour(pT, cw(edge));
+    Triangle2* const nBD = neighbour(pU, ccw(j));
+    Triangle2* const nDC = neighbour(pU, cw(j));
+
+    setIncidentTriangle(a, pU);
+    Triangle2* const pV = createTriangle(p, b, d);
+    Triangle2* const pW = createTriangle(p, d, c);
+
+    setCorners(pT, p, c, a);
+    setNeighbours(pT, nCA, pU, pW);
+    setCorners(pU, p, a, b);
+    setNeighbours(pU, nAB, pV, pT);
+    setNeighbours(pV, nBD, pW, pU);
+    setNeighbours(pW, nDC, pT, pV);
+    // Where b has three triangles only, nAB is nBD: it has to lose U on that side before it gets U on the
+    // other.
+    replaceNeighbour(nBD, pU, pV);
+    replaceNeighbour(nDC, pU, pW);
+    replaceNeighbour(nAB, pT, pU);
+
+    if (nCA != nullptr) vCheckT.push_back(pT);
+    if (nAB != nullptr) vCheckT.push_back(pU);
+    if (nBD != nullptr) vCheckT.push_back(pV);
+    if (nDC != nullptr) vCheckT.push_back(pW);
+    return pT;
+}
+
+void Dt2::flip(Triangle2* pT, int edge) { flipEdge(pT, edge); }
+
+bool Dt2::canBeFlipped(const Triangle2* pT, int edge) {
+    if (neighbour(pT, edge) == nullptr || isConstraint(pT, edge)) return false;
+    const Point2* a = corner(pT, edge);
+    const Point2* w = farCorner(pT, edge);
+    return predicates.getOrientation2(a, w, corner(pT, ccw(edge))) == ORIENTATION2_CW &&
+           predicates.getOrientation2(a, w, corner(pT, cw(edge))) == ORIENTATION2_CCW;
+}
+
+// ---------------------------------------------------------------------------------------------- hull growth
+
+/// A hull edge that the point is only collinear with isn't visible.
+bool Dt2::sees(const Point2* pVtx, const Side& side) {
+    const auto [pT, edge] = side;
+    return predicates.getOrientation2(corner(pT, ccw(edge)), corner(pT, cw(edge)), pVtx) == ORIENTATION2_CW;
+}
+
+void Dt2::determineHullPatchLeft(std::vector<Side>& out, Triangle2* pT, int edge, const Point2* pVtx) {
+    for (Side side = previousHullSide({pT, edge}); sees(pVtx, side); side = previousHullSide(side))
+        out.push_back(side);
+}
+
+void Dt2::determineHullPatchRight(std::vector<Side>& out, Triangle2* pT, int edge, const Point2* pVtx) {
+    for (Side side = nextHullSide({pT, edge}); sees(pVtx, side); side = nextHullSide(side))
+        out.push_back(side);
+}
+
+Triangle2* Dt2::insertVertexCH(Point2* pVtx, Triangle2* pT, int edge) {
+    vHullLeft.clear();
+    vHullRight.assign(1,
+                      {pT, edge});  // the start edge is in the list, whether the point sees it or lies on it
+    determineHullPatchLeft(vHullLeft, pT, edge, pVtx);
+    determineHullPatchRight(vHullRight, pT, edge, pVtx);
+
+    vRound.clear();
+    const bool bOneEdge = vHullLeft.empty() && vHullRight.size() == 1;
+    if (bOneEdge && predicates.getOrientation2(corner(pT, ccw(edge)), corner(pT, cw(edge)), pVtx) ==
+                        ORIENTATION2_COLLINEAR) {
+        splitHullEdge(pT, edge, pVtx);
+    } else {
+        attachToHull(pVtx);
+    }
+    Triangle2* pResult = bOneEdge ? vRound.front() : vRound.back();
+    legaliseInRounds(pVtx);
+    return pResult;
+}
+
+/// A triangle across each visible hull edge, in counterclockwise order of the hull.
+void Dt2::attachToHull(Point2* pVtx) {
+    const auto attach = [&](const Side& side) {
+        const auto [pU, edge] = side;
+        Triangle2* pNew = createTriangle(pVtx, corner(pU, cw(edge)), corner(pU, ccw(edge)));
+        setNeighbour(pU, edge, pNew);
+        setNeighbour(pNew, 0, pU);
+        if (!vRound.empty()) {
+            setNeighbour(vRound.back(), 2, pNew);
+            setNeighbour(pNew, 1, vRound.back());
+        }
+        vRound.push_back(pNew);
+    };
+    std::for_each(vHullLeft.rbegin(), vHullLeft.rend(), attach);
+    std::for_each(vHullRight.begin(), vHullRight.end(), attach);
+}
+
+void Dt2::splitHullEdge(Triangle2* pT, int edge, Point2* p) {
+    //         a
+    //        /|\           T becomes (p,a,b), W is (p,c,a);
+    //       / | \          their outer edges at p are the halves of the hull edge
+    //      b--p--c
+    Point2* const a = corner(pT, edge);
+    Point2* const b = corner(pT, ccw(edge));
+    Point2* const c = corner(pT, cw(edge));
+    Triangle2* const nB = neighbour(pT, ccw(edge));
+    Triangle2* const nC = neighbour(pT, cw(edge));
+    Triangle2* const pW = createTriangle(p, c, a);
+
+    setCorners(pT, p, a, b);
+    setNeighbours(pT, nC, nullptr, pW);
+    setNeighbours(pW, nB, pT, nullptr);
+    replaceNeighbour(nB, pT, pW);
+    for (Point2* pVtx : {p, a, b}) setIncidentTriangle(pVtx, pT);
+    vRound.assign({pT, pW});
+}
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,236 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <new>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Bbox2.h"
+#include "HC2.h"
+#include "KelmarTest.h"
+#include "MsgBase.h"
+#include "Point2.h"
+#include "Progress.h"
+#include "SimplePool.h"
+#include "Triangle2.h"
+#include "VertexVault.h"
+
+namespace KELMAR_NORVIK2D {
+
+class Visualizer2;
+
+/// A triangulation. It owns every vertex and triangle of one mesh; records never move, and stay until it is
+/// destroyed.
+///
+/// Laws:
+///  1. Between two public calls the mesh is Delaunay and obeys the laws of Triangle2; its outline is convex.
+///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
+///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
+///  4. vCheckT and the other scratch lists are empty between insertions; they keep their capacity, so that an
+///     insertion allocates nothing but what the pools need to grow.
+///  5. A failed assertion (NorvikException) leaves an object that may only be destroyed.
+///
+/// A Dt2 is driven by one thread. Entries that clients reach stand under RoundToNearest (in Norvik_2D).
+class Dt2 {
+public:
+    // Dt2.cpp: life and stores
+
+    explicit Dt2(unsigned int numExpected);
+    Dt2(const Dt2&) = delete;
+    Dt2& operator=(const Dt2&) = delete;
+
+    /// Positive: that many workers for bulk insertions; negative: one; 0: as many as the hardware runs at
+    /// once. Returns the number in force.
+    int setNumCPU(int n);
+    int getNumCPU() const noexcept { return numCPU; }
+    void enableMT(bool bEnabled) noexcept { bMultithreadingEnabled = bEnabled; }
+    void setName(const std::string& name_) { name = name_; }
+    std::string getName() const { return name; }
+    void setDev(const std::string& key, int i, double d) { mDevelopmentSettings[key] = {i, d}; }
+    bool is2D() const noexcept { return vertexVault.bFullDimensional; }
+
+    VertexVault& getVertexVault() noexcept { return vertexVault; }
+    Progress& getProgress() noexcept { return progress; }
+    KelmarTest* getPredicates() noexcept { return &predicates; }
+    const HC2& getHC() const noexcept { return hc; }
+    const SimplePool<Point2>& getVertexPool() const noexcept { return pointPool; }
+
+    void subscribe(MsgType type, MsgBase* pMsg) { progress.subscribe(type, pMsg); }
+    void unsubscribe(MsgType type, MsgBase* pMsg) { progress.unsubscribe(type, pMsg); }
+
+    /// A vertex from the pool; the raw form is for workers that fill it themselves.
+    Point2* newVertex(const Point2& point) { return ::new (pointPool.get()) Point2(point); }
+    Point2* getRawVertex() { return pointPool.get(); }
+
+    /// A triangle with these corners, of which it becomes the incident triangle, and null neighbours.
+    Triangle2* createTriangle(Point2* a, Point2* b, Point2* c);
+    /// Takes dead triangles for reuse. May be called from worker threads.
+    void storeRecycledT(const std::vector<Triangle2*>& vDeadT);
+    /// Fills the empty vector with `n` new dead triangles. May be called from worker threads.
+    void getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriangles);
+
+    // Dt2.cpp: insertion of one point
+
+    /// The vertex of the point: a new one, or the one that had these coordinates before. Null with a warning
+    /// for a point that isn't finite.
+    Point2* insert(const Point2& point);
+    /// Inserts a stored vertex, the walk beginning at `pStartT`. Returns a triangle at the vertex; a
+    /// duplicate is registered in the vault instead and gets no triangle.
+    Triangle2* insertVertex(Point2*& pVtx, Triangle2* pStartT);
+    int locateConflictTriangle(const Point2* pVtx, Triangle2*& pT, int& edgeIndex);
+    Triangle2* triangulateCoplanarOrDuplicate(Point2*& pVtx, Triangle2* pT, int code);
+    /// The split of a triangle in three, of the two triangles at an inner edge in four. Suspect edges go to
+    /// vCheckT.
+    Triangle2* initVCheckT13(Triangle2* pT, Point2* pVtx);
+    Triangle2* initVCheckT24(Triangle2* pT, Point2* pVtx, int edge);
+    /// Exchanges the diagonal across an edge without testing anything. The corner opposite that edge becomes
+    /// corner 0 of both triangles.
+    void flip(Triangle2* pT, int edge);
+    /// Whether the edge is no constraint and the quadrilateral around it is strictly convex.
+    bool canBeFlipped(const Triangle2* pT, int edge);
+
+    // Dt2.cpp: hull growth
+
+    /// Attaches a vertex across the hull edge and all others that it sees.
+    Triangle2* insertVertexCH(Point2* pVtx, Triangle2* pT, int edge);
+    /// Append the hull edges that a point sees, clockwise and counterclockwise from a hull edge.
+    void determineHullPatchLeft(std::vector<Side>& out, Triangle2* pT, int edge, const Point2* pVtx);
+    void determineHullPatchRight(std::vector<Side>& out, Triangle2* pT, int edge, const Point2* pVtx);
+
+    // Dt2_bulk.cpp: bulk insertion
+
+    /// Inserts all points. With `pHandles` given, handle i becomes the vertex of point i; an empty vector
+    /// changes nothing. If a point isn't finite, nothing is inserted, with a warning, and all handles are
+    /// null.
+    void insertVector(const std::vector<Point2>& points, std::vector<Point2*>* pHandles);
+    /// The same for `n` interleaved coordinates and an array of `n` handles.
+    void insert(int n, const double* coordinates, Point2** handles);
+    /// Stores points without making triangles.
+    void insertToVVault(const std::vector<Point2>& points, std::vector<Point2*>* pHandles);
+    /// Makes the first triangle and inserts all stored points, the first `numPreExistingVtx` of the list
+    /// before the others. False if all are collinear.
+    bool createFullDimTriangle(std::size_t numPreExistingVtx);
+    /// Seconds that a bulk insertion of the points takes.
+    double measureTrianguluationTime(int numCPU_, const std::vector<Point2>& points);
+
+    // Dt2_removal.cpp
+
+    void remove(Point2* pVtx);
+    void remove_CHVersion(Point2* pVtx, bool bInvalidate);
+    /// A flip that lowers the degree of the vertex; null if it isn't legal, otherwise the triangle around the
+    /// vertex after it.
+    Triangle2* flipForRemove(Point2* pVtx, Triangle2* pT);
+    /// Restores the Delaunay property around a vertex.
+    void bfsFlipIncident(Point2* pVtx);
+
+    // Dt2_queries.cpp
+
+    /// Visits the live triangles in the order of their making, which the pool keeps, until `visit` answers
+    /// true.
+    template <class Visit>
+    void visitTriangles(Visit visit) const {
+        for (const std::span<Triangle2> stretch : trianglePool.stretches())
+            for (Triangle2& triangle : stretch)
+                if (!isDead(&triangle) && visit(&triangle)) return;
+    }
+    std::size_t numberOfPoints() const { return vertexVault.computeNumberOfPoints(); }
+    /// An upper bound, without any work.
+    std::size_t getApproxNumPoints() const { return vertexVault.getSize(); }
+    std::size_t numberOfTriangles() const;
+    void getVertexPointers(std::vector<Point2*>& out) const { vertexVault.getVertexPointers(out); }
+    Point2* getVertexPointer(const Point2& point) const { return vertexVault.getVertexPointer(point); }
+    /// The live triangles in the order of their making: `out` is replaced as long as no triangle has ever
+    /// died, and appended to otherwise. Untouched if the mesh isn't two-dimensional.
+    void getTrianglePointers(std::vector<Triangle2*>& out) const;
+    Triangle2* getOneValidTriangle() const { return vertexVault.getOneValidTriangle(); }
+    /// Appends the triangles around a vertex, counterclockwise from its incident triangle, across the hull
+    /// gap.
+    void getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& out) const;
+    bool isEdge(Point2* p, Point2* q) const;
+    /// The triangle that has the edge from p0 to p1 in its counterclockwise direction, or null.
+    Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1) const;
+    /// The triangle that contains the point, its edges included; null outside the hull, before there are
+    /// triangles, and (with a warning) for a point that isn't finite.
+    Triangle2* locate(const Point2& point);
+    Bbox2 computeBoundingBox() const { return vertexVault.computeBoundingBox(); }
+    /// Replaces `out` by the hull vertices, counterclockwise from the one of least x (of least y among
+    /// these), with or without those on straight stretches.
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& out);
+    /// Appends the hull edges, counterclockwise.
+    void getConvexHull(std::vector<Side>& out) const;
+    bool isCollinear(const Triangle2* pT);
+    bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg);
+    void statistics(const std::string& title) const;
+
+    /// No edge is a constraint as long as there is no constraint manager.
+    bool isConstraint(const Triangle2* /*pT*/, int /*edge*/) const noexcept { return false; }
+    bool isConstraintVertex(const Point2* /*pVtx*/) const noexcept { return false; }
+
+    // Dt2_output.cpp
+
+    void show(const std::string& fileName, bool bWithConstraints);
+    void show(Visualizer2* pVisualizer, bool bWithConstraints);
+
+private:
+    // Dt2.cpp
+    Point2* insertWhileDegenerate(const Point2& point);
+    void hReconfiguration();
+    void flipUntilDelaunay(const Point2* pVtx);
+    void splitHullEdge(Triangle2* pT, int edge, Point2* pVtx);
+    void attachToHull(Point2* pVtx);
+    void legaliseInRounds(const Point2* pVtx);
+    bool sees(const Point2* pVtx, const Side& side);
+    bool isFlipWanted(const Triangle2* pT, const Point2* pVtx);
+
+    // Dt2_bulk.cpp
+    using ItemIterator = VertexVault::ItemIterator;
+    void takeIntoBox(const Bbox2& newPoints);
+    bool wantsFakeBox() const;
+    void startProgress(const char* title, std::size_t numPoints);
+    void triangulateNew(std::size_t numPoints, std::size_t numPreExistingVtx, bool bOldOnesWait,
+                        std::vector<Point2*>* pHandles);
+    void triangulateOldThenNew(std::size_t numPreExistingVtx, Triangle2* pStartT);
+    void triangulateGate(ItemIterator first, ItemIterator last, Triangle2* pStartT);
+    void triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStartT);
+
+    // Dt2_removal.cpp
+    bool collectUmbrella(const Point2* pVtx);
+    void reduceDegree(Point2* pVtx);
+    void collapseDegreeThree(Point2* pVtx);
+    [[noreturn]] void reportUnflippable(const Point2* pVtx);
+    void flipSpokesAway(Point2* pVtx);
+    void cutOff(Point2* pVtx);
+    void flipRoundsUntilDelaunay(bool bRespectConstraints);
+    /// Refinement wants to hear of changed triangles; there is none yet.
+    void addRefCand3(Triangle2* /*pT*/) noexcept {}
+
+    int numCPU = 1;
+    std::map<std::string, std::pair<int, double>> mDevelopmentSettings;
+    std::vector<Point2*> removedVertices;
+    HC2 hc;
+    VertexVault vertexVault{this};
+    KelmarTest predicates;
+    Bbox2 box;  ///< doubled at each growth; the tight box is computed when asked for
+    SimplePool<Triangle2> trianglePool;
+    SimplePool<Point2> pointPool;
+    std::vector<Triangle2*> recycledTriangles;  ///< dead triangles for reuse, a stack
+    bool bMultithreadingEnabled = false;
+    std::string name;
+    bool bNoFlips = false;  ///< knife cutting keeps the mesh in shape
+    Progress progress;
+    Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
+    std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run
+
+    // Scratch lists of insertion and removal
+    std::vector<Triangle2*> vCheckT;  ///< stack of the flip loop; the new vertex is corner 0 of each
+    std::vector<Side> vHullLeft, vHullRight;
+    std::vector<Triangle2*> vRound, vNextRound;
+    std::vector<Triangle2*> vUmbrellaT;
+};
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,152 @@
+#include <algorithm>
+
+#include "Circle2.h"
+#include "Dt2.h"
+#include "Histogram.h"
+#include "Segment2.h"
+#include "Visualizer2.h"
+#include "byAddress.h"
+#include "diagnostics.h"
+#include "require.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+namespace {
+
+using VertexPair = std::pair<Point2*, Point2*>;
+
+/// A failure of the empty circle property.
+struct NonEmptyCircle {
+    const Triangle2* pT;
+    const Point2* pInside;
+};
+
+/// Says what is wrong between a triangle and its neighbour; empty if nothing is.
+std::string faultBetween(const Triangle2* pT, int edge) {
+    const Triangle2* pU = neighbour(pT, edge);
+    for (int j = 0; j < 3; ++j) {
+        if (neighbour(pU, j) != pT) continue;
+        const bool bSameEdge =
+            corner(pT, ccw(edge)) == corner(pU, cw(j)) && corner(pT, cw(edge)) == corner(pU, ccw(j));
+        return bSameEdge ? "" : "Neighbor found but inconsistent intra triangle indices:";
+    }
+    return "Inconsistent neighborships:";
+}
+
+bool checkStructure(const std::vector<Triangle2*>& vTriangles, const std::string& source) {
+    bool bOK = true;
+    const auto report = [&](const std::string& text, const std::string& data) {
+        error(source, text);
+        print(data);
+        bOK = false;
+    };
+    for (const Triangle2* pT : vTriangles) {
+        if (corner(pT, 0) == corner(pT, 1) || corner(pT, 1) == corner(pT, 2) ||
+            corner(pT, 2) == corner(pT, 0))
+            report("Less than three different corners", compose(*pT, "\n"));
+        for (int edge = 0; edge < 3; ++edge) {
+            if (neighbour(pT, edge) == nullptr) continue;
+            const std::string fault = faultBetween(pT, edge);
+            if (!fault.empty()) report(fault, compose(*pT, "\n", *neighbour(pT, edge), "\n"));
+        }
+    }
+    return bOK;
+}
+
+void plotFailures(Visualizer2& visualizer, const std::vector<NonEmptyCircle>& vFailures) {
+    const Color triangleColor(COLORNAME_GREEN, 1.0F, false), circleColor(COLORNAME_GREEN, 0.1F, false),
+        pointColor(COLORNAME_BLUE, 0.001F, false);
+    for (const auto& [pT, pInside] : vFailures) {
+        visualizer.addObject(*pT, triangleColor);
+        const Point2 center = pT->getDual().first;
+        const Circle2 circle(center, Segment2(center, *corner(pT, 0)).getSqLen2D());
+        if (circle.getRadius() < 100.0) {
+            visualizer.addObject(circle, circleColor);
+            visualizer.addObject(center, circleColor);
+        }
+        visualizer.addObject(*pInside, pointColor);
+    }
+}
+
+}  // namespace
+
+void Dt2::show(const std::string& fileName, bool bWithConstraints) {
+    if (!is2D()) {
+        show(static_cast<Visualizer2*>(nullptr), bWithConstraints);
+        return;
+    }
+    Visualizer2 visualizer(fileName);
+    show(&visualizer, bWithConstraints);
+    visualizer.writeFile();
+}
+
+void Dt2::show(Visualizer2* pVisualizer, bool bWithConstraints) {
+    if (!is2D()) {
+        error("Dt2::show()", "The triangulation is not 2D, no visualization");
+        return;
+    }
+    std::vector<VertexPair> vEdges, vConstraints;
+    visitTriangles([&](const Triangle2* pT) {
+        for (int i = 0; i < 3; ++i) {
+            const VertexPair ends = std::minmax({corner(pT, ccw(i)), corner(pT, cw(i))}, ByAddress{});
+            (isConstraint(pT, i) ? vConstraints : vEdges).emplace_back(ends);
+        }
+        return false;
+    });
+    const auto addEdges = [&](std::vector<VertexPair>& vPairs, const Color& color) {
+        oneInstance(vPairs);
+        for (const auto& [pA, pB] : vPairs) pVisualizer->addObject(Segment2(*pA, *pB), color);
+    };
+    addEdges(vEdges, Color(COLORNAME_BLACK, 0.01F, false));
+    addEdges(vConstraints,
+             bWithConstraints ? Color(COLORNAME_RED, 0.5F, false) : Color(COLORNAME_BLACK, 0.001F, false));
+}
+
+bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) {
+    if (!is2D()) {
+        warning("checkValidity(" + msg + ")",
+                "not fulldimensional yet (empty or all points collinear), Returning true");
+        return true;
+    }
+    const std::string source = "Norvik_2D::CheckValidity(" + msg + ")";
+    std::vector<Triangle2*> vTriangles;
+    getTrianglePointers(vTriangles);
+    const bool bStructureOK = checkStructure(vTriangles, source);
+
+    std::vector<NonEmptyCircle> vFailures;
+    for (std::size_t i = 0; bCheckEmptyCircleProperty && i < vTriangles.size(); ++i) {
+        const Triangle2* pT = vTriangles[i];
+        for (int edge = 0; edge < 3; ++edge) {
+            if (neighbour(pT, edge) == nullptr || isConstraint(pT, edge)) continue;
+            const Point2* pFar = farCorner(pT, edge);
+            if (predicates.exact_circleInc3state(pT, pFar) != CINC2_INCIRCLE) continue;
+            error(source, "Sphere inclusion test failed ");
+            print(compose(*pT, "\n", *pFar, "\n"));
+            vFailures.push_back({pT, pFar});
+        }
+    }
+    if (bStructureOK && vFailures.empty()) return true;
+
+    print("\ncheckValidity, bug, name=" + getName() + "\n");
+    show(globalPrefix() + "currentState.ps", true);
+    Visualizer2 visualizer(globalPrefix() + "badEmptyCircle.ps");
+    show(&visualizer, true);
+    plotFailures(visualizer, vFailures);
+    visualizer.writeFile();
+    return false;
+}
+
+void Dt2::statistics(const std::string& title) const {
+    print("\n\n\n********* MESH STATISTICS (" + title + ") **********\n\n");
+    Histogram histogram("INTERIOR ANGLES");
+    for (int bound = 10; bound <= 180; bound += 10) histogram.addBound(bound);
+    print(compose("Number of triangles: ", numberOfTriangles(), "\n"));
+    visitTriangles([&](const Triangle2* pT) {
+        for (int i = 0; i < 3; ++i) histogram.addVal(pT->getInteriorAngle2D(i));
+        return false;
+    });
+    histogram.show();
+}
+
+}  // namespace KELMAR_NORVIK2D

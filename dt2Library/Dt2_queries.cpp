@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <cmath>
+
+#include "Dt2.h"
+#include "TriangleAroundVertexIterator.h"
+#include "diagnostics.h"
+#include "require.h"
+#include "walk.h"
+
+namespace KELMAR_NORVIK2D {
+
+namespace {
+
+/// A vertex without a triangle ends in the exception of the iterator, as it does for clients.
+void requireInMesh(Point2* pVtx) {
+    if (pVtx->getIncidentTriangle() == nullptr) TriangleAroundVertexIterator invalid(pVtx);
+}
+
+/// Whether a walk from the triangle to the point is sure to be short: the distance is a few of its edges, the
+/// shortest one counts. Null and dead triangles are close to nothing.
+bool isCloseTo(const Triangle2* pT, const Point2& point) {
+    constexpr double numEdges = 4.0;
+    if (pT == nullptr || isDead(pT)) return false;
+    const auto squaredLength = [](DoublePair vector) {
+        return vector[0] * vector[0] + vector[1] * vector[1];
+    };
+    const DoublePair a = coordinatesOf(corner(pT, 0)), b = coordinatesOf(corner(pT, 1)),
+                     c = coordinatesOf(corner(pT, 2));
+    const double shortest = std::min({squaredLength(a - b), squaredLength(b - c), squaredLength(c - a)});
+    return squaredLength(coordinatesOf(&point) - a) < numEdges * numEdges * shortest;
+}
+
+}  // namespace
+
+std::size_t Dt2::numberOfTriangles() const {
+    const auto numAllT = static_cast<std::size_t>(trianglePool.numHandedOut());
+    const std::size_t numDeadT = recycledTriangles.size();
+    require(numDeadT <= numAllT, "numDeadT<=numAllT");
+    return numAllT - numDeadT;
+}
+
+void Dt2::getTrianglePointers(std::vector<Triangle2*>& out) const {
+    if (!is2D()) return;
+    if (recycledTriangles.empty()) out.clear();
+    out.reserve(out.size() + numberOfTriangles());
+    visitTriangles([&](Triangle2* pT) {
+        out.push_back(pT);
+        return false;
+    });
+}
+
+void Dt2::getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& out) const {
+    requireInMesh(pVtx);
+    visitUmbrella(pVtx, [&](Triangle2* pT) {
+        out.push_back(pT);
+        return false;
+    });
+}
+
+bool Dt2::isEdge(Point2* p, Point2* q) const {
+    requireInMesh(p);
+    return p != q && visitUmbrella(p, [&](const Triangle2* pT) { return pT->hasVertex(q); });
+}
+
+Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const {
+    require(p0 != nullptr, "p0!=__null");
+    require(p1 != nullptr, "p1!=__null");
+    require(p0 != p1, "p0!=p1");
+    requireInMesh(p0);
+    Triangle2* pFound = nullptr;
+    visitUmbrella(p0, [&](Triangle2* pT) {
+        if (corner(pT, ccw(indexOf(pT, p0))) != p1) return false;
+        pFound = pT;
+        return true;
+    });
+    return pFound;
+}
+
+Triangle2* Dt2::locate(const Point2& point) {
+    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+        warning("Dt2::locate()", "non-finite coordinates, nothing done");
+        return nullptr;
+    }
+    if (!is2D()) return nullptr;
+    const double magnitude = std::max(std::fabs(point.x()), std::fabs(point.y()));
+    if (magnitude > predicates.getBoundMagnitude()) predicates.setStaticBound(magnitude);
+
+    Triangle2* pT =
+        isCloseTo(pLastLocated, point) ? pLastLocated : vertexVault.getCloseTriangle(hc.iReset(point));
+    int edge = -1;
+    const int code = walkToConflict(predicates, &point, pT, edge);
+    pLastLocated = pT;
+    if (code == LOCATE_INSIDE || code == LOCATE_DUPLICATE) return pT;
+    return sees(&point, {pT, code}) ? nullptr : pT;
+}
+
+bool Dt2::isCollinear(const Triangle2* pT) {
+    return predicates.getOrientation2(corner(pT, 0), corner(pT, 1), corner(pT, 2)) == ORIENTATION2_COLLINEAR;
+}
+
+void Dt2::getConvexHull(std::vector<Side>& out) const {
+    if (!is2D()) return;
+    Side start{nullptr, -1};
+    visitTriangles([&](Triangle2* pT) {
+        for (int edge = 0; edge < 3; ++edge)
+            if (neighbour(pT, edge) == nullptr) start = {pT, edge};
+        return start.first != nullptr;
+    });
+    require(start.first != nullptr, "pStartT!=__null");
+    Side side = start;
+    do {
+        out.push_back(side);
+        side = nextHullSide(side);
+    } while (side != start);
+}
+
+void Dt2::getConvexHull(bool bAllVertices, std::vector<Point2*>& out) {
+    if (!is2D()) {
+        warning("Dt2::getConvexHull()", "is2D() is false, the triangulation is not full dimensional yet");
+        return;
+    }
+    std::vector<Side> vHullSides;
+    getConvexHull(vHullSides);
+    std::vector<Point2*> vConvexHullPoints;
+    for (const auto& [pT, edge] : vHullSides) vConvexHullPoints.push_back(corner(pT, ccw(edge)));
+    require(!vConvexHullPoints.empty(), "!vConvexHullPoints.empty()");
+    const auto least = std::min_element(vConvexHullPoints.begin(), vConvexHullPoints.end(),
+                                        [](const Point2* pA, const Point2* pB) { return *pA < *pB; });
+    std::rotate(vConvexHullPoints.begin(), least, vConvexHullPoints.end());
+    if (bAllVertices) {
+        out = std::move(vConvexHullPoints);
+        return;
+    }
+
+    vConvexHullPoints.push_back(vConvexHullPoints.front());
+    std::vector<Point2*> vSimplified{vConvexHullPoints.front()};
+    for (std::size_t next = 1; next < vConvexHullPoints.size(); ++next) {
+        while (next + 1 < vConvexHullPoints.size() &&
+               predicates.getOrientation2(vSimplified.back(), vConvexHullPoints[next],
+                                          vConvexHullPoints[next + 1]) == ORIENTATION2_COLLINEAR)
+            ++next;
+        vSimplified.push_back(vConvexHullPoints[next]);
+    }
+    require(vSimplified[0] == vSimplified.back(), "vSimplified[0]==vSimplified.back()");
+    vSimplified.pop_back();
+    out = std::move(vSimplified);
+}
+
+}  // namespace KELMAR_NORVIK2D

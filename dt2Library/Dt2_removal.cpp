@@ -1,0 +1,244 @@
+#include <algorithm>
+
+#include "Dt2.h"
+#include "Edge2.h"
+#include "Visualizer2.h"
+#include "diagnostics.h"
+#include "hotLoop.h"
+#include "require.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+/// Flips edges of the triangles of vRound as long as a neighbour's far corner lies in a circumcircle; in
+/// rounds, breadth first. Dead triangles in the list have no neighbours.
+NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(bool bRespectConstraints) {
+    while (!vRound.empty()) {
+        vNextRound.clear();
+        for (Triangle2* pT : vRound) {
+            for (int i = 0; i < 3; ++i) {
+                Triangle2* pU = neighbour(pT, i);
+                if (pU == nullptr || (bRespectConstraints && isConstraint(pT, i))) continue;
+                if (predicates.circleInc3state(pT, farCorner(pT, i)) != CINC2_INCIRCLE) continue;
+                flipEdge(pT, i);
+                vNextRound.push_back(pT);
+                vNextRound.push_back(pU);
+                addRefCand3(pT);
+                addRefCand3(pU);
+            }
+        }
+        std::swap(vRound, vNextRound);
+    }
+}
+
+void Dt2::remove(Point2* pVtx) {
+    if (pVtx == nullptr) {
+        warning("Dt2::remove(..)", "pVtx==NULL, illegal, return.");
+        return;
+    }
+    if (isConstraintVertex(pVtx)) {
+        warning("Dt2::remove()", "Illegal: Can't remove a constraint vertex");
+        return;
+    }
+    vertexVault.sortIV(SORT_IF_NEEDED);
+    if (pVtx->getIncidentTriangle() == nullptr) {
+        if (is2D() || !vertexVault.isActive(pVtx)) {
+            warning("Dt2::remove()", "vertex does not belong to the triangulation, return");
+            return;
+        }
+        vertexVault.removeAndInvalidateVtx(pVtx);
+        return;
+    }
+    vertexVault.prefetchItem(pVtx);
+    if (!collectUmbrella(pVtx)) {
+        remove_CHVersion(pVtx, true);
+        return;
+    }
+    reduceDegree(pVtx);
+    collapseDegreeThree(pVtx);
+    vRound = vUmbrellaT;
+    flipRoundsUntilDelaunay(true);
+    removedVertices.push_back(pVtx);
+    vertexVault.removeAndInvalidateVtx(pVtx);
+}
+
+/// Collects the triangles around an inner vertex in vUmbrellaT, counterclockwise from its incident triangle;
+/// false for a vertex on the hull. In a large mesh the time goes into waiting for memory: so the umbrella is
+/// walked both ways at once, and what the removal reads next is asked for on the way.
+bool Dt2::collectUmbrella(const Point2* pVtx) {
+    vUmbrellaT.clear();
+    vRound.clear();
+    const auto visit = [&](Triangle2* pT, std::vector<Triangle2*>& vVisited) {
+        const int k = indexOf(pT, pVtx);
+        __builtin_prefetch(neighbour(pT, k));
+        __builtin_prefetch(corner(pT, ccw(k)));
+        vVisited.push_back(pT);
+        return k;
+    };
+    Triangle2* pForward = pVtx->getIncidentTriangle();
+    Triangle2* pBackward = previousAround(pForward, pVtx);
+    for (;;) {
+        pForward = neighbour(pForward, ccw(visit(pForward, vUmbrellaT)));
+        if (pForward == nullptr || pBackward == nullptr) return false;
+        if (pForward == pBackward) break;
+        pBackward = neighbour(pBackward, cw(visit(pBackward, vRound)));
+        if (pBackward == nullptr) return false;
+        if (pForward == pBackward) break;
+    }
+    visit(pForward, vUmbrellaT);
+    vUmbrellaT.insert(vUmbrellaT.end(), vRound.rbegin(), vRound.rend());
+    for (const Triangle2* pT : vUmbrellaT) {
+        const int k = indexOf(pT, pVtx);
+        if (neighbour(pT, k) != nullptr) __builtin_prefetch(farCorner(pT, k));
+    }
+    return true;
+}
+
+/// Flips spokes away until three are left. Of an inner vertex with more there is always one that can go.
+void Dt2::reduceDegree(Point2* pVtx) {
+    auto degree = static_cast<std::ptrdiff_t>(vUmbrellaT.size());
+    std::ptrdiff_t attempts = degree;
+    Triangle2* pT = vUmbrellaT.front();
+    while (degree >= 4) {
+        if (--attempts < 0) reportUnflippable(pVtx);
+        Triangle2* pFlipped = flipForRemove(pVtx, pT);
+        if (pFlipped == nullptr) {
+            pT = nextAround(pT, pVtx);
+            continue;
+        }
+        --degree;
+        attempts = degree + 1;
+        pT = pFlipped;
+    }
+}
+
+void Dt2::reportUnflippable(const Point2* pVtx) {
+    Visualizer2 visualizer(globalPrefix() + "removeFailed.ps");
+    show(&visualizer, true);
+    visualizer.addObject(*pVtx, Color(1.0, 0.3, 0.3, 1.0, false));
+    visualizer.writeFile();
+    print(compose("vUmbrellaT.size()=", vUmbrellaT.size(), "\n"));
+    conditionFailed("false", __builtin_FILE(), __builtin_LINE());
+}
+
+/// Weaker than canBeFlipped on purpose: the vertex may become collinear with the ends of the new edge.
+Triangle2* Dt2::flipForRemove(Point2* pVtx, Triangle2* pT) {
+    //         w
+    //        /|\            T is (v,a,b), U lies across the spoke v-b;
+    //      /  b  \          a-w replaces the spoke
+    //     v ----- a
+    const int k = indexOf(pT, pVtx);
+    const Point2* a = corner(pT, ccw(k));
+    const Point2* b = corner(pT, cw(k));
+    Triangle2* const pU = neighbour(pT, ccw(k));
+    const Point2* w = farCorner(pT, ccw(k));
+    if (predicates.getOrientation2(a, w, pVtx) == ORIENTATION2_CW) return nullptr;
+    if (predicates.getOrientation2(a, b, w) != ORIENTATION2_CCW) return nullptr;
+    flipEdge(pT, ccw(k));
+    addRefCand3(pT);
+    addRefCand3(pU);
+    return pU;
+}
+
+/// The three triangles around the vertex become one.
+void Dt2::collapseDegreeThree(Point2* pVtx) {
+    Triangle2* t[3];
+    Point2* c[3];
+    Triangle2* outer[3];
+    Triangle2* pT = pVtx->getIncidentTriangle();
+    for (int i = 0; i < 3; ++i) {
+        const int k = indexOf(pT, pVtx);
+        t[i] = pT;
+        c[i] = corner(pT, ccw(k));
+        outer[i] = neighbour(pT, k);
+        pT = neighbour(pT, ccw(k));
+    }
+    for (int i = 0; i < 3; ++i) replaceNeighbour(outer[i], t[i], t[0]);
+    setCorners(t[0], c[0], c[1], c[2]);
+    setNeighbours(t[0], outer[1], outer[2], outer[0]);
+    for (Point2* pCorner : c) setIncidentTriangle(pCorner, t[0]);
+    addRefCand3(t[0]);
+    for (Triangle2* pDeadT : {t[1], t[2]}) {
+        makeDead(pDeadT);
+        recycledTriangles.push_back(pDeadT);
+    }
+}
+
+/// The way of a hull vertex: flip what can be flipped, drop what remains, and let the hull shrink.
+void Dt2::remove_CHVersion(Point2* pVtx, bool bInvalidate) {
+    vRound.clear();
+    vUmbrellaT.clear();
+    if (pVtx->getIncidentTriangle() != nullptr) flipSpokesAway(pVtx);
+    cutOff(pVtx);
+    // Without regard to constraints: what the vertex has left behind was cut without regard to them too.
+    flipRoundsUntilDelaunay(false);
+    if (!bInvalidate) return;
+    removedVertices.push_back(pVtx);
+    vertexVault.removeAndInvalidateVtx(pVtx);
+}
+
+/// Flips spokes of a hull vertex until the triangles left around it see a chain that is nowhere convex
+/// towards it. One pass from the clockwise end, with a step back behind each flip, since that may have made
+/// the spoke before flippable. The triangles that have lost the vertex are collected in vRound, those that
+/// keep it in vUmbrellaT.
+void Dt2::flipSpokesAway(Point2* pVtx) {
+    Triangle2* pT = clockwiseEnd(pVtx->getIncidentTriangle(), pVtx);
+    while (Triangle2* pU = nextAround(pT, pVtx)) {
+        const int k = indexOf(pT, pVtx);
+        const Point2* w = corner(pU, cw(indexOf(pU, pVtx)));
+        if (predicates.getOrientation2(corner(pT, ccw(k)), corner(pT, cw(k)), w) != ORIENTATION2_CCW) {
+            pT = pU;
+            continue;
+        }
+        flipEdge(pT, ccw(k));
+        vRound.push_back(pT);
+        Triangle2* pBefore = previousAround(pU, pVtx);
+        pT = pBefore != nullptr ? pBefore : pU;
+    }
+    for (; pT != nullptr; pT = previousAround(pT, pVtx)) vUmbrellaT.push_back(pT);
+}
+
+/// Takes the triangles of vUmbrellaT away from the hull. If nothing lies behind them the mesh is gone.
+void Dt2::cutOff(Point2* pVtx) {
+    bool bMeshRemains = false;
+    for (Triangle2* pT : vUmbrellaT)
+        for (int i = 0; i < 3; ++i) setIncidentTriangle(corner(pT, i), nullptr);
+    for (Triangle2* pT : vUmbrellaT) {
+        Triangle2* pBehind = neighbour(pT, indexOf(pT, pVtx));
+        if (pBehind == nullptr) continue;
+        bMeshRemains = true;
+        replaceNeighbour(pBehind, pT, nullptr);
+        for (int i = 0; i < 3; ++i) setIncidentTriangle(corner(pBehind, i), pBehind);
+    }
+    if (!bMeshRemains) vertexVault.bFullDimensional = false;
+    for (Triangle2* pT : vUmbrellaT) {
+        makeDead(pT);
+        recycledTriangles.push_back(pT);
+    }
+}
+
+void Dt2::bfsFlipIncident(Point2* pVtx) {
+    std::vector<Edge2> vOpen;
+    const auto pushIfFlippable = [&](Triangle2* pT, int edge) {
+        if (neighbour(pT, edge) != nullptr && !isConstraint(pT, edge)) vOpen.emplace_back(pT, edge);
+    };
+    visitUmbrella(pVtx, [&](Triangle2* pT) {
+        pushIfFlippable(pT, indexOf(pT, pVtx));
+        return false;
+    });
+    while (!vOpen.empty()) {
+        Triangle2 *pFromT, *pU;
+        int fromICI, indexInU;
+        vOpen.back().getTriangles(pFromT, pU, fromICI, indexInU);
+        vOpen.pop_back();
+        if (pU == nullptr || isConstraint(pFromT, fromICI)) continue;
+        if (predicates.circleInc3state(pFromT, corner(pU, indexInU)) != CINC2_INCIRCLE) continue;
+        require(canBeFlipped(pFromT, fromICI), "canBeFlipped(pFromT,fromICI)");
+        flipEdge(pFromT, fromICI);
+        for (Triangle2* pT : {pFromT, pU})
+            for (int i = 0; i < 3; ++i)
+                if (neighbour(pT, i) != pFromT && neighbour(pT, i) != pU) pushIfFlippable(pT, i);
+    }
+}
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,201 @@
+#pragma once
+
+#include <gmp.h>
+
+#include <cfloat>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "geometryTools.h"
+#include "triangleLinks.h"
+
+#ifdef __FAST_MATH__
+#error "The predicates need IEEE 754 arithmetic: compile without -ffast-math."
+#endif
+static_assert(FLT_EVAL_METHOD == 0,
+              "the predicates' error bounds count one rounding an operation, to double");
+
+namespace KELMAR_NORVIK2D {
+
+/// Two doubles in one register. The first stages compute on pairs, each half with the operations and the
+/// order that their formulas tell: the results are those of plain arithmetic, with half the instructions.
+using DoublePair [[gnu::vector_size(16)]] = double;
+
+inline DoublePair coordinatesOf(const Point2* pPoint) noexcept {
+    DoublePair xy;
+    std::memcpy(&xy, static_cast<const void*>(pPoint), sizeof(xy));  // a point begins with x and y
+    return xy;
+}
+inline DoublePair swapped(DoublePair pair) noexcept { return __builtin_shufflevector(pair, pair, 1, 0); }
+inline DoublePair lowHalves(DoublePair a, DoublePair b) noexcept {
+    return __builtin_shufflevector(a, b, 0, 2);
+}
+inline DoublePair highHalves(DoublePair a, DoublePair b) noexcept {
+    return __builtin_shufflevector(a, b, 1, 3);
+}
+
+/// The products (a.x * b.y, a.y * b.x), whose difference is the cross product of a and b.
+inline DoublePair crossProducts(DoublePair a, DoublePair b) noexcept { return a * swapped(b); }
+
+/// Exact equality of both coordinates.
+inline bool samePoint(const Point2* pA, const Point2* pB) noexcept {
+    return pA->x() == pB->x() && pA->y() == pB->y();
+}
+
+/// What a floating-point filter can say about a point and a circumcircle.
+enum class CircleVerdict { OUTSIDE, UNDECIDED, INSIDE };
+
+/// One engine of exact predicates: which way three points turn, whether a point lies in a circumcircle. Each
+/// decision is exact for the doubles given. The first stages are plain arithmetic with an error bound and
+/// stand inline here, for they are the hottest instructions of the library; what they can't decide goes to
+/// the cold stages of KelmarTest.cpp, in the end to rationals.
+///
+/// Laws:
+///  1. The owner keeps the static bound at least as large as every coordinate that it hands over (setStaticBound).
+///  2. Arithmetic is rounded to nearest: entries of the library stand under RoundToNearest.
+///  3. An engine belongs to one thread at a time: it holds scratch numbers and bounds.
+///  4. Coordinates are finite. GMP ends the program otherwise.
+///
+/// Making an engine costs a few stores; the rationals are set up at the first decision that needs them.
+class KelmarTest {
+public:
+    KelmarTest() = default;
+    ~KelmarTest();
+    KelmarTest(const KelmarTest&) = delete;
+    KelmarTest& operator=(const KelmarTest&) = delete;
+
+    /// Sets the threshold of the orientation's static filter for coordinates of this magnitude at most. A
+    /// later call with a smaller magnitude lowers it: see law 1.
+    void setStaticBound(double magnitude);
+    double getBoundMagnitude() const noexcept { return boundMagnitude; }
+
+    /// Orientation of a, b, c: static filter, then dynamicFilterOri2. The determinant is
+    /// (a.x - c.x)(b.y - c.y) - (a.y - c.y)(b.x - c.x).
+    Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC) {
+        const DoublePair c = coordinatesOf(pC);
+        const DoublePair products = crossProducts(coordinatesOf(pA) - c, coordinatesOf(pB) - c);
+        const double det = products[0] - products[1];
+        if (det > upperBound) return ORIENTATION2_CCW;
+        if (lowerBound > det) return ORIENTATION2_CW;
+        return dynamicFilterOri2(pA, pB, pC);
+    }
+
+    /// Second stage: bounds of the determinant by directed rounding; falls through to exact_getOrientation2.
+    Orientation2 dynamicFilterOri2(const Point2* pA, const Point2* pB, const Point2* pC);
+    /// Last stage, without any filter.
+    Orientation2 exact_getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
+
+    /// The in-circle filter for the counterclockwise triangle a, b, c and the point q. With all coordinates
+    /// relative to q and A, B, C the squared lengths of a, b, c, the determinant is (b x c) A + (c x a) B +
+    /// (a x b) C. The error bound comes from its permanent, the same sum with the magnitudes of all products,
+    /// so it adapts to the local magnitude and needs no static bound.
+    static CircleVerdict inCircleFilter(const Point2* pA, const Point2* pB, const Point2* pC, DoublePair q) {
+        const DoublePair a = coordinatesOf(pA) - q;
+        const DoublePair b = coordinatesOf(pB) - q;
+        const DoublePair c = coordinatesOf(pC) - q;
+        const DoublePair squaresA = a * a, squaresB = b * b, squaresC = c * c;
+        const DoublePair lengthsAB = lowHalves(squaresA, squaresB) + highHalves(squaresA, squaresB);
+        const double lengthC = squaresC[0] + squaresC[1];
+        const DoublePair detAndPermanent =
+            (crossAndMagnitude(b, c) * lengthsAB[0] + crossAndMagnitude(c, a) * lengthsAB[1]) +
+            crossAndMagnitude(a, b) * lengthC;
+        const double det = detAndPermanent[0];
+        const double bound = detAndPermanent[1] * inCircleErrorFactor;
+        // Products that underflow lose more than the bound knows of; they matter only where the bound itself
+        // is tiny beside the squared lengths that multiply them.
+        if (!(bound >= underflowFloor * ((1.0 + lengthC) + (lengthsAB[0] + lengthsAB[1])))) [[unlikely]]
+            return CircleVerdict::UNDECIDED;
+        if (-bound > det) return CircleVerdict::OUTSIDE;
+        if (det > bound) return CircleVerdict::INSIDE;
+        return CircleVerdict::UNDECIDED;
+    }
+    static CircleVerdict inCircleFilter(const Triangle2* pT, const Point2* pQ) {
+        return inCircleFilter(corner(pT, 0), corner(pT, 1), corner(pT, 2), coordinatesOf(pQ));
+    }
+
+    /// Three-valued in-circle test: filter, then exact_circleInc3state.
+    CINC2 circleInc3state(const Triangle2* pT, const Point2* pQ) {
+        switch (inCircleFilter(pT, pQ)) {
+            case CircleVerdict::INSIDE:
+                return CINC2_INCIRCLE;
+            case CircleVerdict::OUTSIDE:
+                return CINC2_OUTCIRCLE;
+            default:
+                return exact_circleInc3state(pT, pQ);
+        }
+    }
+
+    /// Two-valued in-circle test, exact: strictly inside. The fourth corner of an axis-parallel rectangle
+    /// counts as inside as well, so that regular grids get one diagonal without rational arithmetic; every
+    /// other cocircular point is outside.
+    bool exact_circleInc(const Triangle2* pT, const Point2* pQ);
+    /// Three-valued in-circle test, exact: all cocircular points give CINC2_ZERO.
+    CINC2 exact_circleInc3state(const Triangle2* pT, const Point2* pQ);
+
+    /// Prepare the rationals; done by the exact stages themselves at their first use.
+    void gmpInit();
+
+    static std::string getString(CINC2 verdict);
+    static std::string getString(IntersectionType type);
+    static std::string getUserFriendlyOrientation(Orientation2 orientation);
+
+    /// Prints what each stage says of three points, to standard output.
+    void debug(const Point2* pA, const Point2* pB, const Point2* pC);
+
+private:
+    friend Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
+    friend Orientation2 getOrientation2_mt(const Point2* pA, const Point2* pB, const Point2* pC);
+
+    /// The cross product of two vectors, and the sum of the magnitudes of its two products.
+    static DoublePair crossAndMagnitude(DoublePair u, DoublePair v) {
+        using BitPair [[gnu::vector_size(16)]] = long long;
+        constexpr long long signBit = std::numeric_limits<long long>::min();
+        constexpr BitPair allButSign = {~signBit, ~signBit}, signOfSecond = {0, signBit};
+        const DoublePair products = crossProducts(u, v);
+        const auto magnitudes =
+            reinterpret_cast<DoublePair>((reinterpret_cast<BitPair>(products) & allButSign) | signOfSecond);
+        return lowHalves(products, magnitudes) - highHalves(products, magnitudes);
+    }
+
+    /// Raises the bound for points that exceed it, by the sum of their magnitudes.
+    void growStaticBound(const Point2* pA, const Point2* pB, const Point2* pC);
+
+    int inCircleSign(const Triangle2* pT, const Point2* pQ);
+    int rationalInCircleSign(const Triangle2* pT, const Point2* pQ);
+    int rationalOrientationSign(const Point2* pA, const Point2* pB, const Point2* pC);
+
+    /// Error of the in-circle determinant relative to its permanent. Ten roundings lie on each path from a
+    /// coordinate to the determinant, 10 * 2^-53 = 1.11e-15; three times that leaves room for the permanent's
+    /// own roundings.
+    static constexpr double inCircleErrorFactor = 3.33e-15;
+
+    /// Underflowing steps are off by some 5e-324 each, times the squared lengths; this leaves 30 decades of
+    /// reserve.
+    static constexpr double underflowFloor = 1e-290;
+
+    double upperBound = 0.0;
+    double lowerBound = 0.0;
+    double boundMagnitude = 0.0;
+    bool exactReady = false;
+
+    struct InCircleScratch {
+        mpq_t coordinates[8];
+        mpq_t differences[6];
+        mpq_t squares[6];
+        mpq_t crossProducts[6];
+        mpq_t squaredLengths[3];
+        mpq_t minors[3];
+        mpq_t terms[3];
+        mpq_t result;
+    };
+    struct OrientationScratch {
+        mpq_t coordinates[6];
+        mpq_t differences[4];
+        mpq_t products[2];
+    };
+    InCircleScratch inCircle;
+    OrientationScratch orientation;
+};
+
+}  // namespace KELMAR_NORVIK2D

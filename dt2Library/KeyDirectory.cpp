@@ -1,0 +1,44 @@
+#include "KeyDirectory.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace KELMAR_NORVIK2D {
+
+void KeyDirectory::clear() noexcept {
+    vKeys.clear();
+    vBucketStarts.clear();
+}
+
+void KeyDirectory::build(std::span<IdxVtxAct* const> items) {
+    // Four keys a bucket on average: they share a cache line, and the directory takes a byte for each item.
+    constexpr std::size_t keysPerBucket = 4;
+
+    vKeys.resize(items.size());
+    std::uint32_t greatest = 0;
+    // Inactive items may lie in the middle, out of order; they count as equal to their predecessor.
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (items[i]->bAct) greatest = std::max(greatest, items[i]->nic);
+        vKeys[i] = greatest;
+    }
+    const auto keyBits = static_cast<int>(std::bit_width(greatest));
+    const int bucketBits = std::min(static_cast<int>(std::bit_width(items.size() / keysPerBucket)), keyBits);
+    bucketShift = keyBits - bucketBits;
+
+    vBucketStarts.assign((std::size_t{greatest} >> bucketShift) + 2, 0);
+    std::size_t bucket = 0;
+    for (std::size_t i = 0; i < vKeys.size(); ++i)
+        while (bucket <= vKeys[i] >> bucketShift) vBucketStarts[bucket++] = static_cast<std::uint32_t>(i);
+    vBucketStarts.back() = static_cast<std::uint32_t>(vKeys.size());
+}
+
+std::size_t KeyDirectory::lowerBound(std::uint32_t key) const noexcept {
+    const std::size_t bucket = key >> bucketShift;
+    if (bucket + 1 >= vBucketStarts.size()) return vKeys.size();
+    // Keys of earlier buckets are smaller, and the first one of the next bucket is not.
+    const auto first = vKeys.begin() + vBucketStarts[bucket];
+    const auto last = vKeys.begin() + vBucketStarts[bucket + 1];
+    return static_cast<std::size_t>(std::lower_bound(first, last, key) - vKeys.begin());
+}
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "byAddress.h"
+
+namespace KELMAR_NORVIK2D {
+
+/// Hands the tasks of one job to a fixed number of threads, in the order of the tasks' addresses, and joins
+/// them. The tasks belong to the caller; each writes only where no other one does, so they need no lock. An
+/// exception that leaves a task ends the process.
+template <class T>
+class MTCtrl {
+public:
+    explicit MTCtrl(std::vector<T>& vTasks) {
+        vPending.reserve(vTasks.size());
+        for (T& task : vTasks) vPending.push_back(&task);
+        std::sort(vPending.begin(), vPending.end(),
+                  [](const T* pA, const T* pB) { return ByAddress{}(pB, pA); });
+    }
+
+    /// Runs `method` of every task on `numThreads` threads and returns when all are done. Where the system
+    /// refuses to start a thread the job goes on with those that run, in the end with the caller's own.
+    void run(int numThreads, void (T::*method)()) {
+        std::vector<std::thread> vWorkers;
+        vWorkers.reserve(static_cast<std::size_t>(numThreads));
+        try {
+            for (int i = 0; i < numThreads; ++i) vWorkers.emplace_back([this, method] { startCPU(method); });
+        } catch (const std::system_error&) {
+            startCPU(method);
+        }
+        for (std::thread& worker : vWorkers) worker.join();
+    }
+
+private:
+    void startCPU(void (T::*method)()) {
+        while (T* pTask = takeTask()) (pTask->*method)();
+    }
+
+    T* takeTask() {
+        const std::lock_guard lock(mutex);
+        if (vPending.empty()) return nullptr;
+        T* pTask = vPending.back();
+        vPending.pop_back();
+        return pTask;
+    }
+
+    std::mutex mutex;
+    std::vector<T*> vPending;  ///< greatest address first: taken from the back
+};
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,121 @@
+#include "Norvik_2D.h"
+
+#include <memory>
+
+#include "Dt2.h"
+#include "roundingMode.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+Norvik_2D::Norvik_2D(unsigned int numExpectedVertices) { initNorvik(numExpectedVertices); }
+
+Norvik_2D::~Norvik_2D() { delete pImpl; }
+
+void Norvik_2D::initNorvik(unsigned int numExpectedVertices) {
+    // The old triangulation stays if there is no memory for the new one.
+    auto pNew = std::make_unique<Dt2>(numExpectedVertices);
+    delete pImpl;
+    pImpl = pNew.release();
+}
+
+int Norvik_2D::setNumCPU(int numCPU) { return pImpl->setNumCPU(numCPU); }
+int Norvik_2D::enableMultithreading() { return setNumCPU(0); }
+void Norvik_2D::setName(const std::string& name) { pImpl->setName(name); }
+std::string Norvik_2D::getName() const { return pImpl->getName(); }
+
+Point2* Norvik_2D::insert(const Point2& point) {
+    RoundToNearest nearest;
+    return pImpl->insert(point);
+}
+
+void Norvik_2D::insert(const std::vector<Point2>& points) {
+    RoundToNearest nearest;
+    pImpl->insertVector(points, nullptr);
+}
+
+void Norvik_2D::insert(const std::vector<Point2>& points, std::vector<Point2*>& handles) {
+    RoundToNearest nearest;
+    pImpl->insertVector(points, &handles);
+}
+
+void Norvik_2D::insert(int numPoints, double* coordinates, Point2** handles) {
+    RoundToNearest nearest;
+    pImpl->insert(numPoints, coordinates, handles);
+}
+
+void Norvik_2D::remove(Point2* pVertex) {
+    RoundToNearest nearest;
+    pImpl->remove(pVertex);
+}
+
+Triangle2* Norvik_2D::locate(const Point2& point) {
+    RoundToNearest nearest;
+    return pImpl->locate(point);
+}
+
+Triangle2* Norvik_2D::getAdjacentTriangle(Point2* p0, Point2* p1) {
+    return pImpl->getAdjacentTriangle(p0, p1);
+}
+
+void Norvik_2D::getIncidentTriangles(Point2* pVertex, std::vector<Triangle2*>& out) {
+    pImpl->getIncidentTriangles(pVertex, out);
+}
+
+void Norvik_2D::getTrianglePointers(std::vector<Triangle2*>& out) { pImpl->getTrianglePointers(out); }
+void Norvik_2D::getVertexPointers(std::vector<Point2*>& out) { pImpl->getVertexPointers(out); }
+std::size_t Norvik_2D::numberOfPoints() const { return pImpl->numberOfPoints(); }
+std::size_t Norvik_2D::numberOfTriangles() const { return pImpl->numberOfTriangles(); }
+bool Norvik_2D::is2D() const { return pImpl->is2D(); }
+
+Bbox2 Norvik_2D::computeBoundingBox() {
+    RoundToNearest nearest;
+    return pImpl->computeBoundingBox();
+}
+
+void Norvik_2D::getConvexHull(bool bAllVertices, std::vector<Point2*>& out) {
+    RoundToNearest nearest;
+    pImpl->getConvexHull(bAllVertices, out);
+}
+
+bool Norvik_2D::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) {
+    RoundToNearest nearest;
+    return pImpl->checkValidity(bCheckEmptyCircleProperty, msg);
+}
+
+void Norvik_2D::statistics(const std::string& title) {
+    RoundToNearest nearest;
+    pImpl->statistics(title);
+}
+
+Orientation2 Norvik_2D::getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) {
+    return getOrientation2_mt(&p0, &p1, &p2);
+}
+
+double Norvik_2D::measureTrianguluationTime(std::vector<Point2>& points) {
+    RoundToNearest nearest;
+    return Dt2(3).measureTrianguluationTime(pImpl->getNumCPU(), points);
+}
+
+void Norvik_2D::show(const std::string& fileName, bool bWithConstraints) {
+    RoundToNearest nearest;
+    pImpl->show(fileName, bWithConstraints);
+}
+
+void Norvik_2D::show(Visualizer2* pVisualizer, bool bWithConstraints) {
+    RoundToNearest nearest;
+    pImpl->show(pVisualizer, bWithConstraints);
+}
+
+void Norvik_2D::subscribe(MsgType type, MsgBase* pSubscriber) { pImpl->subscribe(type, pSubscriber); }
+void Norvik_2D::unsubscribe(MsgType type, MsgBase* pSubscriber) { pImpl->unsubscribe(type, pSubscriber); }
+void Norvik_2D::setDev(const std::string& key, int i, double d) { pImpl->setDev(key, i, d); }
+
+/// A door for debugging that released versions keep shut.
+void Norvik_2D::internal(int i, int j, std::string /*text*/) {
+    if (i == j && (i == 1 || i == 2)) print("internal debug is disbled in your version\n");
+}
+
+Dt2* Norvik_2D::getImpl() { return pImpl; }
+
+}  // namespace KELMAR_NORVIK2D

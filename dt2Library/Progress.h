@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "MsgBase.h"
+
+namespace KELMAR_NORVIK2D {
+
+/// Counts the steps of a long operation and tells subscribers how far it is, from 0.0 to 1.0. Where no one
+/// listens nothing is computed. Neither subscribers nor linked progress objects are owned; all calls come
+/// from the thread that runs the operation.
+class Progress {
+public:
+    Progress() = default;
+    /// Undoes all links.
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// The same pair may be added several times, and is called as often; removing takes all of them away.
+    void subscribe(MsgType type, MsgBase* pMsg);
+    void unsubscribe(MsgType type, MsgBase* pMsg);
+
+    /// Makes `pChild` a part of this operation: its value is added to this one's.
+    void addChild(Progress* pChild);
+
+    /// A muted progress does nothing at all.
+    void setMuted(bool bMuted_) noexcept { bMuted = bMuted_; }
+
+    /// Whether steps need to be counted: an operation runs and someone listens.
+    bool isTracked() const noexcept { return total != 0 && !bMuted && hasListeners(); }
+
+    /// Begins an operation; nothing happens if it is muted or without subscribers.
+    void start(const std::string& name_, std::uint64_t total_);
+    /// Adds `n` steps; about a hundred times in all the listeners hear of it.
+    void incProgress(unsigned long n) {
+        if (!isTracked() || bFinished) return;
+        count += n;
+        if (count % step == 0) refresh();
+    }
+    /// Ends an operation. The last value that subscribers get is 1.0, once.
+    void finish();
+
+    /// Steps done of all, plus the values of the children: each adds up to 1.0, whatever their number. What
+    /// exceeds 1.0 is cut before subscribers see it.
+    double getPercDone() const;
+
+    /// Calls the subscribers of the type in the order of subscription.
+    void broadcast(MsgType type, const std::string& text, double value);
+
+private:
+    bool hasListeners() const noexcept { return numSubscribers != 0 || !parents.empty(); }
+    bool isSubscribed(MsgType type, const MsgBase* pMsg) const;
+    void refresh();
+
+    std::vector<Progress*> children;
+    std::vector<Progress*> parents;
+    std::multimap<MsgType, MsgBase*> subscribers;
+    std::uint64_t numSubscribers = 0;
+    std::uint64_t total = 0;
+    std::uint64_t count = 0;
+    std::uint64_t step = 1;
+    std::string name;
+    bool bFinished = false;
+    bool bMuted = false;
+};
+
+}  // namespace KELMAR_NORVIK2D

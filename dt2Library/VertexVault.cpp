@@ -1,0 +1,588 @@
+#include "VertexVault.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Dt2.h"
+#include "KelmarTest.h"
+#include "MTCtrl.h"
+#include "diagnostics.h"
+#include "require.h"
+#include "standardOutput.h"
+#include "tasks.h"
+
+namespace KELMAR_NORVIK2D {
+
+namespace {
+
+/// Below this many records, or with fewer threads than this, a sort runs on the calling thread.
+constexpr std::size_t parallelSortThreshold = 10000;
+constexpr int numSortThreads = 4;
+
+/// Below this many points a bulk insertion is prepared on the calling thread.
+constexpr std::size_t parallelFillThreshold = 100000;
+
+/// Mean of the keys of a sample of the positions [begin, end). A stretch of fewer than 100 has no stride: the
+/// sample then runs down from `begin` to 0, as the stride wraps around.
+template <class KeyAt>
+std::uint32_t meanOfSample(std::size_t begin, std::size_t end, KeyAt keyAt) {
+    if (end <= begin) return 0;
+    const std::size_t hundredth = (end - begin) / 100;
+    if (hundredth == 1) return keyAt(begin);
+    const std::size_t stride = hundredth - 1;
+    std::uint64_t sum = 0, count = 0;
+    for (std::size_t i = begin; i < end; i += stride) {
+        sum += keyAt(i);
+        ++count;
+    }
+    return static_cast<std::uint32_t>(sum / count);
+}
+
+/// The inner borders of four ranges, each of which belongs before the next one whatever the order within.
+struct FourRanges {
+    std::size_t border1, border2, border3;
+};
+
+/// Parts a list by three sampled pivots into four ranges that can be sorted at the same time. The parting
+/// keeps the order of what it doesn't part, so that equal keys stay as they were.
+template <class Record, class KeyOf, class IsLeft>
+FourRanges partIntoFour(BlockVector<Record>& list, KeyOf keyOf, IsLeft isLeft) {
+    const auto keyAt = [&](std::size_t i) { return keyOf(list[i]); };
+    const auto part = [&](std::size_t begin, std::size_t end) {
+        const std::uint32_t pivot = meanOfSample(begin, end, keyAt);
+        const auto first = list.begin();
+        const auto middle = std::stable_partition(
+            first + static_cast<std::ptrdiff_t>(begin), first + static_cast<std::ptrdiff_t>(end),
+            [&](const Record& record) { return isLeft(record, pivot); });
+        return static_cast<std::size_t>(middle - first);
+    };
+    const std::size_t half = part(0, list.size());
+    return {part(0, half), half, part(half, list.size())};
+}
+
+template <class T>
+std::vector<std::span<T>> rangesOf(BlockVector<T>& list, const FourRanges& borders) {
+    const std::span<T> all(list);
+    return {all.first(borders.border1), all.subspan(borders.border1, borders.border2 - borders.border1),
+            all.subspan(borders.border2, borders.border3 - borders.border2), all.subspan(borders.border3)};
+}
+
+std::uint32_t wrappedDistance(std::uint32_t keyA, std::uint32_t keyB) {
+    const auto difference = static_cast<std::int32_t>(keyA - keyB);
+    return difference < 0 ? 0U - static_cast<std::uint32_t>(difference)
+                          : static_cast<std::uint32_t>(difference);
+}
+
+}  // namespace
+
+VertexVault::VertexVault(Dt2* pDt2_) : pDt2(pDt2_) { itemPool.init(3, 6250000); }
+
+// ------------------------------------------------------------------------------------------------ lookup
+
+/// Position of the first sorted item with this key or a greater one; the last sorted item if all keys are
+/// smaller.
+std::size_t VertexVault::searchKey(std::uint32_t key) const {
+    if (maxSortedIndex == 0) return 0;
+    if (!directory.isBuilt()) directory.build(std::span(vIdxVtxAct).first(maxSortedIndex));
+    return std::min<std::size_t>(directory.lowerBound(key), maxSortedIndex - 1);
+}
+
+/// An active item of the sorted part with this key that matches.
+template <class Matches>
+unsigned VertexVault::findItem(std::uint32_t key, Matches matches) const {
+    if (maxSortedIndex == 0) return notFound;
+    const auto isMatch = [&](std::size_t i) { return vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx); };
+    std::size_t i = searchKey(key);
+    while (i > 0 && vIdxVtxAct[i]->nic == key) --i;
+    for (; i < maxSortedIndex; ++i) {
+        if (isMatch(i)) return static_cast<unsigned>(i);
+        if (vIdxVtxAct[i]->bAct && vIdxVtxAct[i]->nic > key) break;
+    }
+    return notFound;
+}
+
+/// Finds a vertex in a stretch of items in the order of their making, which the vertex pool remembers.
+unsigned VertexVault::findByRank(std::size_t first, std::size_t last, const Point2* pVtx) const {
+    const SimplePool<Point2>& vertexPool = pDt2->getVertexPool();
+    const auto begin = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(last);
+    const auto found = std::lower_bound(
+        begin, end, vertexPool.rankOf(pVtx),
+        [&](const IdxVtxAct* pItem, std::int64_t rank) { return vertexPool.rankOf(pItem->pVtx) < rank; });
+    if (found == end || (*found)->pVtx != pVtx || !(*found)->bAct) return notFound;
+    return static_cast<unsigned>(found - vIdxVtxAct.begin());
+}
+
+unsigned VertexVault::getIdxOfPoint(const Point2& point) const {
+    const auto matches = [&](const Point2* pVtx) { return samePoint(pVtx, &point); };
+    const unsigned index = findItem(pDt2->getHC().iReset(point), matches);
+    if (index != notFound) return index;
+    // Last resort: the tail, and items that an unfortunate key or the sort in four ranges has put elsewhere.
+    for (std::size_t i = vIdxVtxAct.size(); i-- > 0;)
+        if (vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx)) return static_cast<unsigned>(i);
+    return notFound;
+}
+
+unsigned VertexVault::findVtx(const Point2* pVtx) const {
+    const auto matches = [&](const Point2* pOther) { return pOther == pVtx; };
+    // After a first bulk insertion the list is in the order of making as a whole.
+    const auto rank = static_cast<std::size_t>(pDt2->getVertexPool().rankOf(pVtx));
+    if (rank < vIdxVtxAct.size() && vIdxVtxAct[rank]->bAct && matches(vIdxVtxAct[rank]->pVtx))
+        return static_cast<unsigned>(rank);
+
+    const std::uint32_t key = pDt2->getHC().iReset(*pVtx);
+    unsigned index = notFound;
+    // Items of equal key mostly lie in the order of making too, which spares a scan where clusters share a
+    // key.
+    if (maxSortedIndex != 0) index = findByRank(searchKey(key), searchKey(key + 1) + 1, pVtx);
+    if (index == notFound) index = findByRank(maxSortedIndex, vIdxVtxAct.size(), pVtx);
+    if (index == notFound) index = findItem(key, matches);
+    for (std::size_t i = vIdxVtxAct.size(); index == notFound && i-- > 0;)
+        if (vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx)) index = static_cast<unsigned>(i);
+    return index;
+}
+
+unsigned VertexVault::getIdxOfActiveVtx(const Point2* pQuery) const {
+    const unsigned index = findVtx(pQuery);
+    if (index == notFound) error("VertexVault::getIdxOfActiveVtx", "pQuery not found");
+    return index;
+}
+
+Point2* VertexVault::getVertexPointer(const Point2& point) const {
+    if (empty()) return nullptr;
+    const unsigned index = getIdxOfPoint(point);
+    return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
+}
+
+Triangle2* VertexVault::getCloseTriangle(std::uint32_t key) const {
+    require(bFullDimensional, "bFullDimensional");
+    require(!vIdxVtxAct.empty() || hasFakeBox(), "!vIdxVtxAct.empty()");
+    if (maxSortedIndex == 0 && hasFakeBox()) {
+        const Point2* pFakeCorner = getFakeBoxCorner(0);
+        require(pFakeCorner != nullptr, "pFakeCorner!=__null");
+        Triangle2* pFakeT = pFakeCorner->getIncidentTriangle();
+        require(pFakeT != nullptr, "pFakeT!=__null");
+        return pFakeT;
+    }
+    if (maxSortedIndex == 0) {
+        if (vIdxVtxAct[0]->bAct) return vIdxVtxAct[0]->pVtx->getIncidentTriangle();
+    } else {
+        const std::size_t index = searchKey(key);
+        if (vIdxVtxAct[index]->bAct) [[likely]] {
+            Triangle2* pT = vIdxVtxAct[index]->pVtx->getIncidentTriangle();
+            if (pT == nullptr) [[unlikely]]
+                reportLostTriangle(index);
+            return pT;
+        }
+    }
+    const IdxVtxAct* pItem = nearestActiveItem(key);
+    if (pItem == nullptr) {
+        error("Vault", "getCloT() failed");
+        require(false, "false");
+    }
+    Triangle2* pT = pItem->pVtx->getIncidentTriangle();
+    require(pT != nullptr, "pT!=__null");
+    return pT;
+}
+
+/// The next active item of the sorted part, forwards first, then backwards; where it has none, one of the
+/// tail.
+const IdxVtxAct* VertexVault::nearestActiveItem(std::uint32_t key) const {
+    const std::size_t start = searchKey(key);
+    for (std::size_t i = start; i < maxSortedIndex; ++i)
+        if (vIdxVtxAct[i]->bAct) return vIdxVtxAct[i];
+    for (std::size_t i = start; i-- > 0;)
+        if (vIdxVtxAct[i]->bAct) return vIdxVtxAct[i];
+    return nearestInTail(key);
+}
+
+const IdxVtxAct* VertexVault::nearestInTail(std::uint32_t key) const {
+    const IdxVtxAct* pNearest = nullptr;
+    for (std::size_t i = maxSortedIndex; i < vIdxVtxAct.size(); ++i) {
+        const IdxVtxAct* pItem = vIdxVtxAct[i];
+        if (!pItem->bAct) continue;
+        if (pItem->pVtx->getIncidentTriangle() == nullptr) break;
+        if (pNearest == nullptr || wrappedDistance(pItem->nic, key) < wrappedDistance(pNearest->nic, key))
+            pNearest = pItem;
+    }
+    return pNearest;
+}
+
+void VertexVault::reportLostTriangle(std::size_t resultIndex) const {
+    const Point2* pLost = vIdxVtxAct[resultIndex]->pVtx;
+    std::string text =
+        compose("HUH BUG\nAddress=", pLost, "\nresultIdx=", resultIndex, "\npVtx=", *pLost, "\n");
+    for (std::size_t i = 0; i < vIdxVtxAct.size(); ++i)
+        if (samePoint(vIdxVtxAct[i]->pVtx, pLost)) text += compose("found at index i=", i, "\n");
+    print(text);
+    conditionFailed("pT!=__null", __builtin_FILE(), __builtin_LINE());
+}
+
+Triangle2* VertexVault::getOneValidTriangle() const {
+    if (!bFullDimensional) return nullptr;
+    for (const IdxVtxAct* pItem : vIdxVtxAct)
+        if (pItem->bAct) return pItem->pVtx->getIncidentTriangle();
+    warning("getOneValidTriangle()", "No valid triangle found");
+    return nullptr;
+}
+
+void VertexVault::getIterators(std::size_t first, ItemIterator& begin, ItemIterator& end) {
+    begin = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(first);
+    end = vIdxVtxAct.end();
+}
+
+void VertexVault::getIterators(std::size_t first, ConstItemIterator& begin, ConstItemIterator& end) const {
+    begin = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(first);
+    end = vIdxVtxAct.end();
+}
+
+std::size_t VertexVault::computeNumberOfPoints() const {
+    return static_cast<std::size_t>(std::count_if(vIdxVtxAct.begin(), vIdxVtxAct.end(),
+                                                  [](const IdxVtxAct* pItem) { return pItem->bAct; }));
+}
+
+void VertexVault::getVertexPointers(std::vector<Point2*>& out) const {
+    out.clear();
+    out.reserve(vIdxVtxAct.size());
+    for (const IdxVtxAct* pItem : vIdxVtxAct)
+        if (pItem->bAct) out.push_back(pItem->pVtx);
+}
+
+Bbox2 VertexVault::computeBoundingBox() const {
+    std::vector<Point2*> vVertices;
+    getVertexPointers(vVertices);
+    return getBox(vVertices);
+}
+
+// ------------------------------------------------------------------------------------------------ filling
+
+void VertexVault::addItem(std::uint32_t key, Point2* pVtx) {
+    IdxVtxAct* pItem = itemPool.get();
+    *pItem = {key, true, pVtx};
+    vIdxVtxAct.push_back(pItem);
+    ++numActPoints;
+}
+
+void VertexVault::iReset_vector(const std::vector<Point2>& points, std::vector<Point2*>* pHandles,
+                                std::size_t& startIndex) {
+    const auto numThreads = static_cast<std::size_t>(pDt2->getNumCPU());
+    if (numThreads >= 2 && points.size() >= parallelFillThreshold && points.size() > 10 * numThreads) {
+        iReset_vector_mt(points, pHandles, startIndex);
+        return;
+    }
+    startIndex = vIdxVtxAct.size();
+    BlockVector<KeyIndex> vPairs(points.size());
+    Task{vPairs, &points, &pDt2->getHC(), 0, points.size()}.go();
+    sortVector(vPairs);
+    orderEqualKeys(vPairs, points);
+
+    vIdxVtxAct.reserve(startIndex + points.size());
+    if (pHandles != nullptr) pHandles->resize(points.size());
+    for (std::size_t rank = 0; rank < vPairs.size(); ++rank) {
+        prefetchAhead(vPairs, rank, points);
+        const auto [key, index] = vPairs[rank];
+        Point2* pVtx = pDt2->newVertex(points[index]);
+        IdxVtxAct* pItem = itemPool.get();
+        *pItem = {key, true, pVtx};
+        vIdxVtxAct.push_back(pItem);
+        if (pHandles != nullptr) pHandles->at(index) = pVtx;
+    }
+}
+
+void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vector<Point2*>* pHandles,
+                                   std::size_t& startIndex) {
+    startIndex = vIdxVtxAct.size();
+    const int numThreads = pDt2->getNumCPU();
+    const std::size_t n = points.size();
+    const std::size_t share = n / static_cast<std::size_t>(numThreads) + 1;
+    BlockVector<KeyIndex> vPairs(n);
+    std::vector<Task> vKeyTasks;
+    for (std::size_t first = 0; first < n; first += share)
+        vKeyTasks.push_back({vPairs, &points, &pDt2->getHC(), first, std::min(first + share, n)});
+    MTCtrl<Task>(vKeyTasks).run(numThreads, &Task::go);
+    sortVector(vPairs);
+    orderEqualKeys(vPairs, points);
+
+    vIdxVtxAct.reserve(startIndex + n);
+    if (pHandles != nullptr) pHandles->resize(n);
+    // The pools know one thread only: records are taken here, and filled by the workers.
+    std::vector<Point2*> vVertices(n);
+    for (Point2*& pVtx : vVertices) {
+        pVtx = pDt2->getRawVertex();
+        vIdxVtxAct.push_back(itemPool.get());
+    }
+    std::vector<FTask> vFillTasks;
+    for (std::size_t first = 0; first < n; first += share)
+        vFillTasks.push_back({vPairs, &points, vVertices, std::span(vIdxVtxAct).subspan(startIndex), pHandles,
+                              first, std::min(first + share, n)});
+    MTCtrl<FTask>(vFillTasks).run(numThreads, &FTask::go);
+}
+
+void VertexVault::iReset_array(int n, const double* coordinates, Point2** handles, std::size_t& startIndex) {
+    std::vector<Point2> vPoints;
+    vPoints.reserve(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) vPoints.emplace_back(coordinates[2 * i], coordinates[2 * i + 1]);
+    std::vector<Point2*> vHandles;
+    iReset_vector(vPoints, &vHandles, startIndex);
+    std::copy(vHandles.begin(), vHandles.end(), handles);
+    numActPoints = static_cast<std::uint32_t>(computeNumberOfPoints());
+}
+
+void VertexVault::sortIV(SortMode mode) {
+    const double numSorted = maxSortedIndex;
+    const bool bTailIsLong = static_cast<double>(vIdxVtxAct.size()) > 1.35 * numSorted;
+    const bool bManyRemoved = numRemoved > 0.5 * numSorted && numRemoved >= 1001;
+    if (mode == SORT_IF_NEEDED && !bTailIsLong && !bManyRemoved) return;
+
+    numRemoved = 0;
+    mtSort();
+    while (!vIdxVtxAct.empty() && !vIdxVtxAct.back()->bAct) vIdxVtxAct.pop_back();
+    maxSortedIndex = static_cast<std::uint32_t>(vIdxVtxAct.size());
+    numActPoints = maxSortedIndex;
+    directory.clear();
+}
+
+/// Sorts the list. In the form for four threads inactive items end up behind the first range, in the middle
+/// of the list, and stay there until a sort on one thread; searches take them for equal to their predecessor.
+void VertexVault::mtSort() {
+    const bool bAllActive = vIdxVtxAct.empty() || vIdxVtxAct.back()->bAct;
+    if (bAllActive && std::is_sorted(vIdxVtxAct.begin(), vIdxVtxAct.end(), func_ltDerefPtr{})) return;
+    if (pDt2->getNumCPU() < numSortThreads || vIdxVtxAct.size() < parallelSortThreshold) {
+        SortTask{vIdxVtxAct}.go();
+        return;
+    }
+    const FourRanges borders = partIntoFour(
+        vIdxVtxAct, [](const IdxVtxAct* pItem) { return pItem->nic; },
+        [](const IdxVtxAct* pItem, std::uint32_t pivot) { return pItem->nic < pivot || !pItem->bAct; });
+    std::vector<SortTask> vTasks;
+    for (const std::span<IdxVtxAct*> range : rangesOf(vIdxVtxAct, borders)) vTasks.push_back({range});
+    MTCtrl<SortTask>(vTasks).run(numSortThreads, &SortTask::go);
+}
+
+void VertexVault::sortVector(BlockVector<KeyIndex>& pairs) const {
+    BlockVector<KeyIndex> vScratch(pairs.size());
+    if (pDt2->getNumCPU() < numSortThreads || pairs.size() < parallelSortThreshold) {
+        SortTask2{pairs, vScratch}.go();
+        return;
+    }
+    const FourRanges borders = partIntoFour(
+        pairs, [](const KeyIndex& pair) { return pair.first; },
+        [](const KeyIndex& pair, std::uint32_t pivot) { return pair.first < pivot; });
+    const auto ranges = rangesOf(pairs, borders);
+    const auto scratches = rangesOf(vScratch, borders);
+    std::vector<SortTask2> vTasks;
+    for (std::size_t i = 0; i < ranges.size(); ++i) vTasks.push_back({ranges[i], scratches[i]});
+    MTCtrl<SortTask2>(vTasks).run(numSortThreads, &SortTask2::go);
+}
+
+void VertexVault::reconfiguration() {
+    for (IdxVtxAct* pItem : vIdxVtxAct) pItem->nic = pDt2->getHC().iReset(*pItem->pVtx);
+    sortIV(SORT_ALWAYS);
+}
+
+void VertexVault::prefetchItem(const Point2* pVtx) const {
+    const auto rank = static_cast<std::size_t>(pDt2->getVertexPool().rankOf(pVtx));
+    if (rank < vIdxVtxAct.size()) __builtin_prefetch(&vIdxVtxAct[rank]);
+}
+
+void VertexVault::removeAndInvalidateVtx(Point2* pVtx) {
+    const unsigned index = getIdxOfActiveVtx(pVtx);
+    if (index == notFound) return;
+    ++numRemoved;
+    setIncidentTriangle(pVtx, nullptr);
+    makeInactive(vIdxVtxAct[index]);
+    if (!bFullDimensional) sortIV(SORT_ALWAYS);
+}
+
+void VertexVault::makeInactive(IdxVtxAct* pItem) {
+    pItem->bAct = false;
+    --numActPoints;
+}
+
+// ------------------------------------------------------------------------------------------------ duplicates
+
+void VertexVault::registerDup(Point2* pDup, Point2* pVtx) {
+    if (pDup == pVtx) return;
+    const std::lock_guard lock(mutex);
+    const bool bInserted = mRedundant2UniqueVtx.emplace(pDup, pVtx).second;
+    require(bInserted, "bInserted");
+}
+
+Point2* VertexVault::treatOneDupGetHandle(const Point2* pDup) {
+    require(bFullDimensional, "bFullDimensional");
+    require(mRedundant2UniqueVtx.size() == 1, "mRedundant2UniqueVtx.size()==1");
+    IdxVtxAct* pLastItem = vIdxVtxAct.back();
+    require(pDup == pLastItem->pVtx, "pDup==pLastItem->pVtx");
+    makeInactive(pLastItem);
+    const auto q_it = mRedundant2UniqueVtx.find(pLastItem->pVtx);
+    require(q_it != mRedundant2UniqueVtx.end(), "q_it!=mRedundant2UniqueVtx.end()");
+    Point2* pUnique = q_it->second;
+    mRedundant2UniqueVtx.clear();
+    return pUnique;
+}
+
+void VertexVault::treatDupsAndHandles(std::vector<Point2*>* pHandles) {
+    if (!bFullDimensional) findDuplicatesByCoordinates();
+    if (dupIsClean()) return;
+    if (pHandles != nullptr) redirectHandles(*pHandles);
+    if (!bFullDimensional) {
+        mRedundant2UniqueVtx.clear();
+        sortIV(SORT_ALWAYS);
+        return;
+    }
+
+    std::size_t numFoundInIdxVtxAct = 0;
+    for (std::size_t i = maxSortedIndex; i < vIdxVtxAct.size(); ++i) {
+        IdxVtxAct* pItem = vIdxVtxAct[i];
+        if (!pItem->bAct || pItem->pVtx->getIncidentTriangle() != nullptr) continue;
+        require(mRedundant2UniqueVtx.find(pItem->pVtx) != mRedundant2UniqueVtx.end(),
+                "mRedundant2UniqueVtx.find(vIdxVtxAct[i]->pVtx)!=mRedundant2UniqueVtx.end()");
+        makeInactive(pItem);
+        ++numFoundInIdxVtxAct;
+    }
+    if (mRedundant2UniqueVtx.size() != numFoundInIdxVtxAct)
+        print(compose("     numFoundInIdxVtxAct=", numFoundInIdxVtxAct, "\n"));
+    require(mRedundant2UniqueVtx.size() == numFoundInIdxVtxAct,
+            "mRedundant2UniqueVtx.size()==numFoundInIdxVtxAct");
+    mRedundant2UniqueVtx.clear();
+}
+
+/// Without triangles nothing has sorted out equal points yet: of each group the first one in the list stays.
+void VertexVault::findDuplicatesByCoordinates() {
+    require(mRedundant2UniqueVtx.empty(), "mRedundant2UniqueVtx.empty()");
+    std::vector<IdxVtxAct*> vByCoordinates;
+    std::copy_if(vIdxVtxAct.begin(), vIdxVtxAct.end(), std::back_inserter(vByCoordinates),
+                 [](const IdxVtxAct* pItem) { return pItem->bAct; });
+    std::stable_sort(vByCoordinates.begin(), vByCoordinates.end(),
+                     [](const IdxVtxAct* pA, const IdxVtxAct* pB) { return *pA->pVtx < *pB->pVtx; });
+    Point2* pUnique = nullptr;
+    for (IdxVtxAct* pItem : vByCoordinates) {
+        if (pUnique == nullptr || !samePoint(pUnique, pItem->pVtx)) {
+            pUnique = pItem->pVtx;
+            continue;
+        }
+        makeInactive(pItem);
+        mRedundant2UniqueVtx.emplace(pItem->pVtx, pUnique);
+    }
+}
+
+/// Only vertices without a triangle can have lost, so most handles need no look into the map.
+void VertexVault::redirectHandles(std::vector<Point2*>& handles) const {
+    std::size_t numFoundInHandles = 0;
+    for (Point2*& pHandle : handles) {
+        if (pHandle->getIncidentTriangle() != nullptr) continue;
+        const auto found = mRedundant2UniqueVtx.find(pHandle);
+        if (found == mRedundant2UniqueVtx.end()) continue;
+        require(samePoint(pHandle, found->second), "**it==*pExistingVtx");
+        pHandle = found->second;
+        ++numFoundInHandles;
+    }
+    if (mRedundant2UniqueVtx.size() != numFoundInHandles)
+        print(compose("BUG: mRedundant2UniqueVtx.size()=", mRedundant2UniqueVtx.size(),
+                      ", numFoundInHandles=", numFoundInHandles, "\n"));
+    require(mRedundant2UniqueVtx.size() == numFoundInHandles,
+            "mRedundant2UniqueVtx.size()==numFoundInHandles");
+}
+
+// ------------------------------------------------------------------------------------- beginning and fake
+// box
+
+bool VertexVault::getThreeInitialPoints(Point2*& pA, Point2*& pB, Point2*& pC) const {
+    require(!vIdxVtxAct.empty(), "!vIdxVtxAct.empty()");
+    require(!bFullDimensional, "!bFullDimensional");
+    if (vIdxVtxAct.size() < 3) return false;
+
+    auto it = vIdxVtxAct.begin();
+    const auto findNext = [&](auto isWanted) -> Point2* {
+        it = std::find_if(it, vIdxVtxAct.end(),
+                          [&](const IdxVtxAct* pItem) { return pItem->bAct && isWanted(pItem->pVtx); });
+        return it == vIdxVtxAct.end() ? nullptr : (*it++)->pVtx;
+    };
+    KelmarTest* pPredicates = pDt2->getPredicates();
+    pA = findNext([](const Point2*) { return true; });
+    pB = pA == nullptr ? nullptr : findNext([&](const Point2* pVtx) { return !samePoint(pVtx, pA); });
+    if (pB == nullptr) return false;
+    pC = findNext(
+        [&](Point2* pVtx) { return pPredicates->getOrientation2(pA, pB, pVtx) != ORIENTATION2_COLLINEAR; });
+    if (pC == nullptr) return false;
+    if (pPredicates->getOrientation2(pA, pB, pC) == ORIENTATION2_CW) std::swap(pB, pC);
+    return true;
+}
+
+void VertexVault::createFakeBox(const Bbox2& box) {
+    // The copy tells the predicates of its new magnitude, as the box does.
+    Bbox2 fakeBox = box;
+    fakeBox.enlargeRanges(1.01);
+    // Where rounding has eaten the margin, the next double has to do: a corner never coincides with a point.
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const double minX = std::min(fakeBox.getMinX(), std::nextafter(box.getMinX(), -infinity));
+    const double minY = std::min(fakeBox.getMinY(), std::nextafter(box.getMinY(), -infinity));
+    const double maxX = std::max(fakeBox.getMaxX(), std::nextafter(box.getMaxX(), infinity));
+    const double maxY = std::max(fakeBox.getMaxY(), std::nextafter(box.getMaxY(), infinity));
+    const double magnitude = std::max({std::fabs(minX), std::fabs(minY), std::fabs(maxX), std::fabs(maxY)});
+    if (magnitude > pDt2->getPredicates()->getBoundMagnitude())
+        pDt2->getPredicates()->setStaticBound(magnitude);
+
+    std::vector<std::unique_ptr<Point2>> vCorners;
+    for (const Point2& corner :
+         {Point2(minX, minY), Point2(maxX, minY), Point2(maxX, maxY), Point2(minX, maxY)})
+        vCorners.push_back(std::make_unique<Point2>(corner));
+    if (bFullDimensional) {
+        for (const auto& pCorner : vCorners) {
+            Point2* pVtx = pCorner.get();
+            pDt2->insertVertex(pVtx, getCloseTriangle(pDt2->getHC().iReset(*pVtx)));
+        }
+    } else {
+        bFullDimensional = true;
+        Triangle2* pFirst = pDt2->createTriangle(vCorners[0].get(), vCorners[1].get(), vCorners[2].get());
+        Triangle2* pSecond = pDt2->createTriangle(vCorners[0].get(), vCorners[2].get(), vCorners[3].get());
+        setNeighbour(pFirst, 1, pSecond);
+        setNeighbour(pSecond, 2, pFirst);
+    }
+    // Not before they are in the mesh: from here on searches start at them.
+    vFakeBoxHandles = std::move(vCorners);
+}
+
+void VertexVault::removeFakeBox() {
+    require(hasFakeBox(), "vFakeBoxHandles.size()==4");
+    for (const auto& pCorner : vFakeBoxHandles) pDt2->remove_CHVersion(pCorner.get(), false);
+    vFakeBoxHandles.clear();
+}
+
+Point2* VertexVault::getFakeBoxCorner(std::size_t index) const {
+    require(vFakeBoxHandles.size() > index, "vFakeBoxHandles.size()>i");
+    return vFakeBoxHandles[index].get();
+}
+
+// ------------------------------------------------------------------------------------------- diagnostics
+
+void VertexVault::showData(const std::string& name) const {
+    std::string text = compose("Vault data [", name, "]\n");
+    for (std::size_t i = 0; i < vIdxVtxAct.size(); ++i) {
+        const IdxVtxAct* pItem = vIdxVtxAct[i];
+        text += compose("i=", i, " \tnic=", pItem->nic, "\t bAct=", pItem->bAct, "\t pVtx=", pItem->pVtx,
+                        ", ", *pItem->pVtx, ", incT=", pItem->pVtx->getIncidentTriangle(), "\n");
+    }
+    text += compose("sum active: ", computeNumberOfPoints(), "\nmaxSortedIndex=", maxSortedIndex,
+                    ", vVtxAct.size()=", vIdxVtxAct.size(), ", fullDim=", bFullDimensional,
+                    "\nmRedundant2Unique: \n");
+    for (const auto& [pDup, pUnique] : mRedundant2UniqueVtx)
+        text += compose("Redundant: ", pDup, " -> unique: ", pUnique, "\n");
+    print(text);
+}
+
+void VertexVault::checkVault() const {
+    std::string text = "VertexVault::checkVault(): This is a debug check\n";
+    for (const IdxVtxAct* pItem : vIdxVtxAct)
+        if (bFullDimensional && pItem->bAct && pItem->pVtx->getIncidentTriangle() == nullptr)
+            text += compose("pVtx without triangle: ", *pItem->pVtx, "\n");
+    print(text + "VertexVault::checkVault() survived\n");
+}
+
+void VertexVault::debugDups() const {
+    for (const auto& [pDup, pUnique] : mRedundant2UniqueVtx)
+        if (!samePoint(pDup, pUnique))
+            print(compose("debugDups has found a bug: ", *pDup, " -> ", *pUnique, "\n"));
+}
+
+}  // namespace KELMAR_NORVIK2D

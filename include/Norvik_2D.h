@@ -1,0 +1,168 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Bbox2.h"
+#include "Circle2.h"
+#include "Color.h"
+#include "Edge2.h"
+#include "Label.h"
+#include "MsgBase.h"
+#include "NorvikException.h"
+#include "Point2.h"
+#include "Segment2.h"
+#include "Triangle2.h"
+#include "TriangleAroundVertexIterator.h"
+#include "Vector2.h"
+#include "Visualizer2.h"
+#include "diagnostics.h"
+#include "fileFunctions.h"
+#include "geometryTools.h"
+#include "norvikExport.h"
+#include "norvikVersion.h"
+#include "testDataGenerators.h"
+
+namespace KELMAR_NORVIK2D {
+
+class Dt2;
+
+/// A two-dimensional Delaunay triangulation, exact for the double coordinates that it gets.
+///
+/// Vertices and triangles belong to the triangulation; clients hold pointers to them. Records never move: a
+/// Point2* stays readable until the Norvik_2D is destroyed, also after its vertex was removed (its incident
+/// triangle is null then). A Triangle2* stays readable too, but its triangle may be changed, or die (all its
+/// pointers are null then), whenever points are inserted or removed.
+///
+/// As long as all points are collinear there are no triangles (is2D() is false); points are kept until they
+/// can be triangulated.
+///
+/// Mistakes of the caller are reported by warning() on standard output, and the call changes nothing and
+/// returns a neutral result. Coordinates that aren't finite are such a mistake. A broken invariant ends in a
+/// NorvikException; after that the object may only be destroyed.
+///
+/// An object is used by one thread at a time; different objects are independent. Neither the floating-point
+/// rounding mode of the calling thread nor its treatment of denormal numbers has an influence; both are left
+/// as they were.
+class NORVIK2D_EXPORT Norvik_2D {
+public:
+    /// The number of vertices to expect sizes the first blocks of memory, and nothing else.
+    explicit Norvik_2D(unsigned int numExpectedVertices = 3);
+    ~Norvik_2D();
+    Norvik_2D(const Norvik_2D&) = delete;
+    Norvik_2D& operator=(const Norvik_2D&) = delete;
+
+    /// Begins anew with an empty triangulation; all pointers into the old one become invalid.
+    void initNorvik(unsigned int numExpectedVertices);
+
+    /// Threads for later insertions of many points: a positive number is taken as it is, a negative one means
+    /// 1, and 0 means as many as the hardware runs at once. Returns the number in force. The default is 1.
+    int setNumCPU(int numCPU);
+    /// The same as setNumCPU(0).
+    int enableMultithreading();
+
+    /// The name is used in messages about this triangulation.
+    void setName(const std::string& name);
+    std::string getName() const;
+
+    // Insertion and removal
+
+    /// Inserts a point and returns its vertex. If a vertex has the same coordinates already, that one is
+    /// returned; its custom index stays. Null, with a warning, if the coordinates aren't finite.
+    Point2* insert(const Point2& point);
+
+    /// Inserts many points, much faster than one at a time. Nothing is inserted, with a warning, if one of
+    /// them isn't finite.
+    void insert(const std::vector<Point2>& points);
+
+    /// The same, and replaces `handles`: handle i is the vertex of point i, of equal points the one that
+    /// stays. A vertex that existed before wins against a new one. All handles are null if nothing was
+    /// inserted because of a point that isn't finite; an empty `points` leaves `handles` alone.
+    void insert(const std::vector<Point2>& points, std::vector<Point2*>& handles);
+
+    /// The same for `numPoints` interleaved coordinates (x, y) and an array of as many handles. Custom
+    /// indices are -1.
+    void insert(int numPoints, double* coordinates, Point2** handles);
+
+    /// Removes a vertex. Null, and a vertex that isn't in the triangulation (any more), give a warning.
+    void remove(Point2* pVertex);
+
+    // Queries
+
+    /// The triangle that contains the point; any of those that share it if it lies on an edge or vertex. Null
+    /// outside the convex hull, if there are no triangles yet, and (with a warning) for coordinates that
+    /// aren't finite.
+    Triangle2* locate(const Point2& point);
+
+    /// The triangle that has the edge from p0 to p1 in its counterclockwise direction, or null. Null or equal
+    /// arguments, and a p0 without triangles, end in a NorvikException.
+    Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1);
+
+    /// Appends the triangles around a vertex, counterclockwise from its incident triangle; around a hull
+    /// vertex that may jump across the gap. A vertex without triangles ends in a NorvikException.
+    void getIncidentTriangles(Point2* pVertex, std::vector<Triangle2*>& out);
+
+    /// Delivers all triangles, in the order of their making. `out` is replaced as long as no triangle has
+    /// died (by removal or multithreaded insertion), and appended to otherwise. Nothing happens if there are
+    /// no triangles yet.
+    void getTrianglePointers(std::vector<Triangle2*>& out);
+
+    /// Replaces `out` by all vertices, in an order that keeps neighbours close.
+    void getVertexPointers(std::vector<Point2*>& out);
+
+    /// Different points in the triangulation; counted afresh.
+    std::size_t numberOfPoints() const;
+    std::size_t numberOfTriangles() const;
+
+    /// Whether there are triangles: three points that aren't collinear have come in.
+    bool is2D() const;
+
+    /// The tight box of all vertices, invalid if there are none.
+    Bbox2 computeBoundingBox();
+
+    /// Replaces `out` by the vertices of the convex hull, counterclockwise, beginning with the one of least
+    /// x, among these of least y. Vertices on straight stretches are included if `bAllVertices` is true. If
+    /// there are no triangles: a warning, and `out` stays as it is.
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& out);
+
+    /// Self-test: the links between triangles, and the Delaunay property if `bCheckEmptyCircleProperty` is
+    /// true. Faults are reported on standard output, marked with `msg`, and plotted to PostScript files in
+    /// the working directory.
+    bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg);
+
+    /// Prints the distribution of the interior angles to standard output.
+    void statistics(const std::string& title);
+
+    /// Orientation of three points with finite coordinates; independent of this object's state.
+    Orientation2 getOrientation(const Point2& p0, const Point2& p1, const Point2& p2);
+
+    /// Seconds for the insertion of the points into a triangulation of their own, with this object's number
+    /// of threads.
+    double measureTrianguluationTime(std::vector<Point2>& points);
+
+    // Pictures and messages
+
+    /// Draws the triangulation to a PostScript file. If there are no triangles: an error message, and no
+    /// file.
+    void show(const std::string& fileName, bool bWithConstraints = true);
+    /// Adds the triangulation's edges to a plot. If there are no triangles: an error message.
+    void show(Visualizer2* pVisualizer, bool bWithConstraints = true);
+
+    /// The subscriber hears of the progress of long operations, from 0.0 to 1.0. It isn't owned, and must
+    /// stay alive until it is unsubscribed or the triangulation destroyed.
+    void subscribe(MsgType type, MsgBase* pSubscriber);
+    /// Takes back all subscriptions of this pair.
+    void unsubscribe(MsgType type, MsgBase* pSubscriber);
+
+    // Reserved for the development of the library
+
+    void setDev(const std::string& key, int i, double d);
+    void internal(int i, int j, std::string text);
+    Dt2* getImpl();
+
+private:
+    Dt2* pImpl = nullptr;
+};
+
+}  // namespace KELMAR_NORVIK2D

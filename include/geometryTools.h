@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Bbox2.h"
+#include "Point2.h"
+#include "Vector2.h"
+#include "norvikExport.h"
+
+namespace KELMAR_NORVIK2D {
+
+/// How three points a, b, c turn.
+enum Orientation2 { ORIENTATION2_COLLINEAR = 0, ORIENTATION2_CCW = 1, ORIENTATION2_CW = 2 };
+
+/// Where a point lies with regard to the circumcircle of a counterclockwise triangle.
+enum CINC2 { CINC2_ZERO = 0, CINC2_INCIRCLE = 1, CINC2_OUTCIRCLE = 2 };
+
+/// How two segments meet.
+enum IntersectionType { IST_NOIS = 0, IST_COLLINEAR = 1, IST_REGULAR = 2 };
+
+/// The enumerator's name, "UNKNOWN" for any other value.
+NORVIK2D_EXPORT std::string getString(Orientation2 orientation);
+
+/// Exact orientation of three points with finite coordinates. May be called from any thread.
+NORVIK2D_EXPORT Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
+
+/// The same with predicates of its own for the one call: nothing is kept between calls.
+NORVIK2D_EXPORT Orientation2 getOrientation2_mt(const Point2* pA, const Point2* pB, const Point2* pC);
+
+/// The vector scaled to length 1. A null vector prints a remark on standard output and yields (0,0).
+NORVIK2D_EXPORT Vector2 normalize(const Vector2& vector);
+
+/// Angle between two unit vectors in degrees, 0 to 180.
+NORVIK2D_EXPORT double getAngleDegree(const Vector2& a, const Vector2& b);
+
+/// Arithmetic mean of three points, custom index -1.
+NORVIK2D_EXPORT Point2 barycenter(const Point2& p0, const Point2& p1, const Point2& p2);
+
+/// Area of a triangle with these side lengths, by Heron's formula; 0 where they violate the triangle
+/// inequality. A product of lengths that is not a number fails an assertion (NorvikException) after a
+/// warning.
+NORVIK2D_EXPORT double computeArea(double a, double b, double c);
+NORVIK2D_EXPORT double getArea2D(const Point2& p0, const Point2& p1, const Point2& p2);
+
+/// The tight box of the points; an empty (invalid) box for none.
+NORVIK2D_EXPORT Bbox2 getBox(const std::vector<Point2>& points);
+NORVIK2D_EXPORT Bbox2 getBox(const std::vector<Point2*>& points);
+
+/// The smallest power of two, at most 1, that changes `value` when it is added. For a NaN a warning, and NaN.
+NORVIK2D_EXPORT double getUlp(double value);
+
+}  // namespace KELMAR_NORVIK2D

@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# Installs what is missing for a purpose, on Debian and its relatives:
+#
+#   install-dependencies.sh demo    what the library and the command-line program need
+#   install-dependencies.sh test    and what the tests need
+#   install-dependencies.sh bench   and what the benchmarks need
+#   install-dependencies.sh lint    what the checks of the sources need
+#   install-dependencies.sh docs    what the documentation needs
+#   install-dependencies.sh ci      everything
+#
+# Where nothing is missing it does nothing, so it works without a network and on other systems too.
+set -euo pipefail
+
+missing=()
+wished=()
+
+has_command() { command -v "$1" >/dev/null 2>&1; }
+has_package() { [[ $(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]; }
+has_header() {
+    has_package "$2" || { has_command c++ && echo "#include <$1>" | c++ -E -x c++ - >/dev/null 2>&1; }
+}
+
+need_command() { has_command "$1" || missing+=("$2"); }
+need_header() { has_header "$1" "$2" || missing+=("$2"); }
+# What only adds something: done without if it can't be had.
+wish_command() { has_command "$1" || wished+=("$2"); }
+
+need_for_library() {
+    need_command c++ g++
+    need_command make make
+    need_command cmake cmake
+    need_header gmp.h libgmp-dev
+}
+
+need_for_demo() {
+    need_for_library
+    need_header CLI/CLI.hpp libcli11-dev
+    wish_command gs ghostscript
+}
+
+need_for_test() {
+    need_for_library
+    need_header CLI/CLI.hpp libcli11-dev
+    need_header gtest/gtest.h libgtest-dev
+    need_command git git
+    need_command pkg-config pkg-config
+}
+
+need_for_bench() {
+    need_for_library
+    need_header benchmark/benchmark.h libbenchmark-dev
+    need_header CGAL/version.h libcgal-dev
+}
+
+need_for_lint() {
+    need_for_test
+    need_command clang-format clang-format
+    need_command clang-tidy clang-tidy
+}
+
+need_for_docs() {
+    need_for_library
+    need_command doxygen doxygen
+}
+
+need_for_ci() {
+    need_for_lint
+    need_for_bench
+    need_command clang++ clang
+    need_command ld.lld lld
+    need_command llvm-ar llvm
+    need_command gs ghostscript
+}
+
+as_root() {
+    if [[ $(id -u) -eq 0 ]]; then
+        "$@"
+    elif has_command sudo; then
+        sudo "$@"
+    else
+        echo "install-dependencies: not root, and no sudo" >&2
+        return 1
+    fi
+}
+
+# Runs unattended as well, where nobody can answer questions.
+apt_install() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+}
+
+update_lists() {
+    [[ -z ${listsUpdated:-} ]] || return 0
+    listsUpdated=yes
+    as_root apt-get update || echo "install-dependencies: the package lists are old" >&2
+}
+
+purpose=${1:-}
+case $purpose in
+    demo | test | bench | lint | docs | ci) "need_for_$purpose" ;;
+    *)
+        echo "usage: ${0##*/} demo|test|bench|lint|docs|ci" >&2
+        exit 2
+        ;;
+esac
+
+if [[ ${#missing[@]} -gt 0 ]]; then
+    mapfile -t missing < <(printf '%s\n' "${missing[@]}" | sort -u)
+    echo "install-dependencies: missing for $purpose: ${missing[*]}"
+    if ! has_command apt-get; then
+        echo "install-dependencies: no apt-get here; please install these (Debian's names) by hand" >&2
+        exit 1
+    fi
+    update_lists
+    apt_install "${missing[@]}"
+fi
+
+if [[ ${#wished[@]} -gt 0 ]] && has_command apt-get; then
+    update_lists
+    apt_install "${wished[@]}" || echo "install-dependencies: going on without ${wished[*]}" >&2
+fi

@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+
+#include <cfenv>
+#include <fstream>
+#include <limits>
+#include <stdexcept>
+#include <thread>
+
+#include "Dt2.h"
+#include "Norvik_2D.h"
+#include "canonicalMesh.h"
+#include "captureOutput.h"
+#include "hardPoints.h"
+#include "meshLaws.h"
+
+#ifdef __SSE2__
+#include <xmmintrin.h>
+#endif
+
+using namespace KELMAR_NORVIK2D;
+
+namespace {
+
+constexpr unsigned denormalBits = 0x8040;  // flush to zero, denormals are zero
+
+unsigned denormalSettings() {
+#ifdef __SSE2__
+    return _mm_getcsr() & denormalBits;
+#else
+    return 0;
+#endif
+}
+
+void setDenormals(bool bFlush) {
+#ifdef __SSE2__
+    _mm_setcsr((_mm_getcsr() & ~denormalBits) | (bFlush ? denormalBits : 0));
+#else
+    static_cast<void>(bFlush);
+#endif
+}
+
+/// Runs an action under a client's settings, checks that they are kept, and returns to the normal ones.
+template <class Action>
+void underSettings(int rounding, bool bFlush, Action action) {
+    std::fesetround(rounding);
+    setDenormals(bFlush);
+    const unsigned denormals = denormalSettings();
+    action();
+    EXPECT_EQ(std::fegetround(), rounding);
+    EXPECT_EQ(denormalSettings(), denormals);
+    setDenormals(false);
+    std::fesetround(FE_TONEAREST);
+}
+
+constexpr int roundingModes[] = {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO, FE_TONEAREST};
+
+}  // namespace
+
+TEST(Facade, NumberOfThreadsInForce) {
+    Norvik_2D mesh;
+    EXPECT_EQ(mesh.setNumCPU(-3), 1);
+    EXPECT_EQ(mesh.setNumCPU(7), 7);
+    EXPECT_EQ(mesh.getImpl()->getNumCPU(), 7);
+    EXPECT_GE(mesh.setNumCPU(0), 1);
+    EXPECT_EQ(mesh.enableMultithreading(), mesh.setNumCPU(0));
+    EXPECT_EQ(Norvik_2D().getImpl()->getNumCPU(), 1);
+}
+
+TEST(Facade, BeginsAnewAndWithAnyExpectation) {
+    for (const unsigned numExpected : {0U, 1U, 3U, 5000U}) {
+        Norvik_2D mesh(numExpected);
+        mesh.insert(hardPoints::uniformPoints(300, 1));
+        EXPECT_EQ(lawsBroken(mesh), "");
+        mesh.initNorvik(numExpected);
+        EXPECT_FALSE(mesh.is2D());
+        EXPECT_EQ(mesh.numberOfPoints(), 0U);
+        mesh.insert(hardPoints::uniformPoints(100, 2));
+        EXPECT_EQ(mesh.numberOfPoints(), 100U);
+        EXPECT_EQ(lawsBroken(mesh), "");
+    }
+}
+
+TEST(Facade, NamesVersionsAndReservedEntries) {
+    Norvik_2D mesh;
+    mesh.setName("a name");
+    EXPECT_EQ(mesh.getName(), "a name");
+    const std::string numbers = std::to_string(getMajorVersionNumber()) + "." +
+                                std::to_string(getMinorVersionNumber()) + "." +
+                                std::to_string(getRevisionNumber());
+    EXPECT_TRUE(isRelease());
+    EXPECT_EQ(getNorvik2DVersion(), "Norvik 2D, RELEASE, v" + numbers);
+    mesh.setDev("key", 1, 2.0);
+    mesh.setDev("key", 3, 4.0);
+    CaptureOutput capture;
+    for (int i = -1; i < 4; ++i)
+        for (int j = -1; j < 4; ++j) mesh.internal(i, j, "");
+    const std::string told = "internal debug is disbled in your version\n";
+    EXPECT_EQ(capture.out(), told + told);
+    EXPECT_EQ(capture.err(), "");
+}
+
+TEST(Facade, MeasuringTimeLeavesTheMeshAlone) {
+    Norvik_2D mesh;
+    mesh.setNumCPU(2);
+    insertEach(mesh, {{0, 0}, {1, 0}, {0, 1}});
+    const CanonicalMesh before = canonicalMesh(mesh);
+    std::vector<Point2> points = hardPoints::uniformPoints(1000, 1);
+    CaptureOutput capture;
+    for (int i = 0; i < 2; ++i) EXPECT_GE(mesh.measureTrianguluationTime(points), 0.0);
+    EXPECT_EQ(capture.out(), "");
+    EXPECT_EQ(canonicalMesh(mesh), before);
+    EXPECT_EQ(mesh.numberOfPoints(), 3U);
+    EXPECT_EQ(points.size(), 1000U);
+    EXPECT_EQ(mesh.getImpl()->getNumCPU(), 2);
+}
+
+TEST(Facade, OrientationOfThePointsGiven) {
+    Norvik_2D mesh;
+    EXPECT_EQ(mesh.getOrientation({0, 0}, {1, 0}, {0, 1}), ORIENTATION2_CCW);
+    EXPECT_EQ(mesh.getOrientation({0, 0}, {0, 1}, {1, 0}), ORIENTATION2_CW);
+    EXPECT_EQ(mesh.getOrientation({0, 0}, {1e-300, 1e-300}, {1e300, 1e300}), ORIENTATION2_COLLINEAR);
+}
+
+TEST(Facade, ShowingWithoutTrianglesIsAnErrorAndNoFile) {
+    Norvik_2D mesh;
+    insertEach(mesh, {{0, 0}, {1, 0}});
+    {
+        CaptureOutput capture;
+        mesh.show("facade_noMesh.ps");
+        EXPECT_EQ(capture.out().find("\n\033[0;31m      [Norvik2D-Message] Dt2::show(), ERROR: "), 0U)
+            << capture.out();
+        EXPECT_FALSE(capture.told("Visualizer2:: Writing"));
+    }
+    EXPECT_FALSE(std::ifstream("facade_noMesh.ps").good());
+    mesh.insert({0, 1});
+    CaptureOutput capture;
+    mesh.show("facade_mesh.ps", true);
+    EXPECT_EQ(capture.out().find("Visualizer2:: Writing \033[0;31mfacade_mesh.ps\033[m\n"), 0U);
+    EXPECT_TRUE(std::ifstream("facade_mesh.ps").good());
+}
+
+TEST(Facade, MeshesAreTheSameUnderAnySettingsAndKeepThem) {
+    for (const hardPoints::Kind& kind : hardPoints::kinds) {
+        hardPoints::Rng rng(1);
+        const std::vector<Point2> points = hardPoints::makePoints(kind, 120, rng),
+                                  more = hardPoints::makePoints(kind, 30, rng);
+        const auto history = [&](Norvik_2D& mesh, int numCPU) {
+            std::vector<Point2*> handles;
+            mesh.setNumCPU(numCPU);
+            mesh.insert(points, handles);
+            for (const Point2& point : more) mesh.insert(point);
+            for (std::size_t i = 0; i < handles.size(); i += 5)
+                if (handles[i]->getIncidentTriangle() != nullptr) mesh.remove(handles[i]);
+            std::vector<double> coordinates{points[0].x(), points[0].y(), more[0].x(), more[0].y()};
+            mesh.insert(2, coordinates.data(), handles.data());
+            mesh.locate(more[1]);
+            mesh.computeBoundingBox();
+            if (mesh.is2D()) mesh.getConvexHull(false, handles);
+        };
+        for (const int numCPU : {1, 2}) {
+            Norvik_2D expected;
+            history(expected, numCPU);
+            for (const int rounding : roundingModes)
+                for (const bool bFlush : {false, true}) {
+                    Norvik_2D mesh;
+                    underSettings(rounding, bFlush, [&] { history(mesh, numCPU); });
+                    EXPECT_TRUE(canonicalMesh(mesh) == canonicalMesh(expected)) << kind << rounding << bFlush;
+                    EXPECT_EQ(lawsBroken(mesh), "") << kind << rounding << bFlush;
+                }
+        }
+    }
+}
+
+TEST(Facade, WorkersKnowNothingOfTheClientsSettings) {
+    const std::vector<Point2> points = hardPoints::uniformPoints(100000, 9);
+    const auto listOf = [&](int rounding) {
+        Norvik_2D mesh;
+        mesh.setNumCPU(4);
+        underSettings(rounding, true, [&] { mesh.insert(points); });
+        std::vector<Point2*> vVertices;
+        mesh.getVertexPointers(vVertices);
+        std::vector<Coordinates> result;
+        for (const Point2* pVtx : vVertices) result.emplace_back(pVtx->x(), pVtx->y());
+        return result;
+    };
+    EXPECT_TRUE(listOf(FE_UPWARD) == listOf(FE_TONEAREST));
+}
+
+TEST(Facade, SettingsReturnWhenASubscriberThrows) {
+    struct Thrower : MsgBase {
+        void update(MsgType, const std::string&, double value) override {
+            EXPECT_EQ(std::fegetround(), FE_TONEAREST);
+            EXPECT_EQ(denormalSettings(), 0U);
+            if (value > 0.4) throw std::runtime_error("enough");
+        }
+    } thrower;
+    for (const int rounding : roundingModes)
+        for (const int numCPU : {1, 2, 8}) {
+            // The object is destroyed half made, its fake corners alive.
+            Norvik_2D mesh;
+            mesh.setNumCPU(numCPU);
+            mesh.subscribe(MSGTYPE_PROGRESS, &thrower);
+            underSettings(rounding, true, [&] {
+                EXPECT_THROW(mesh.insert(hardPoints::uniformPoints(1000, 1)), std::runtime_error);
+            });
+        }
+}
+
+TEST(Facade, AFailedConditionLeavesAnObjectThatCanBeDestroyed) {
+    CaptureOutput capture;
+    Norvik_2D mesh;
+    insertEach(mesh, {{0, 0}, {1, 0}, {0, 1}});
+    EXPECT_THROW(mesh.getAdjacentTriangle(nullptr, nullptr), NorvikException);
+    EXPECT_EQ(
+        capture.out().find(
+            "\n\033[0;31m      [Norvik2D-Message] Norvik, , ERROR: Condition [ p0!=__null failed ]\033[m\n\n"
+            "      dt2Library/Dt2_queries.cpp:"),
+        0U)
+        << capture.out();
+}
+
+TEST(Facade, ObjectsOfDifferentThreadsAreIndependent) {
+    std::vector<std::thread> vThreads;
+    std::vector<std::string> vBroken(4, "not run");
+    for (unsigned i = 0; i < 4; ++i)
+        vThreads.emplace_back([i, &vBroken] {
+            std::string broken;
+            for (const hardPoints::Kind& kind : hardPoints::kinds) {
+                hardPoints::Rng rng(i);
+                Norvik_2D mesh;
+                mesh.setNumCPU(static_cast<int>(i) + 1);
+                mesh.insert(hardPoints::makePoints(kind, 100, rng));
+                broken += lawsBroken(mesh);
+            }
+            vBroken[i] = broken;
+        });
+    for (std::thread& thread : vThreads) thread.join();
+    EXPECT_EQ(vBroken, std::vector<std::string>(4, ""));
+}
+
+TEST(Facade, IsNeitherCopiedNorAssigned) {
+    static_assert(!std::is_copy_constructible_v<Norvik_2D> && !std::is_copy_assignable_v<Norvik_2D>);
+    static_assert(!std::is_move_constructible_v<Norvik_2D> && !std::is_move_assignable_v<Norvik_2D>);
+}

@@ -1,0 +1,18 @@
+// A client as small as they come: it must compile as C++17 and link with nothing but what the package tells.
+#include <Norvik_2D.h>
+
+#include <iostream>
+#include <vector>
+
+int main() {
+    KELMAR_NORVIK2D::Norvik_2D mesh;
+    mesh.insert(std::vector<KELMAR_NORVIK2D::Point2>{{0, 0}, {1, 0}, {0, 1}, {1, 1}});
+    std::cout << KELMAR_NORVIK2D::getNorvik2DVersion() << ": " << mesh.numberOfTriangles() << " triangles\n";
+    // An exception and a base class must have the same type on both sides of the library.
+    try {
+        mesh.getAdjacentTriangle(nullptr, nullptr);
+    } catch (const KELMAR_NORVIK2D::NorvikException&) {
+        return mesh.numberOfTriangles() == 2 ? 0 : 1;
+    }
+    return 1;
+}

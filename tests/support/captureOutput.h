@@ -1,0 +1,29 @@
+#pragma once
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+/// Gathers what is written to std::cout and std::cerr during its lifetime.
+class CaptureOutput {
+public:
+    CaptureOutput()
+        : pOldOut(std::cout.rdbuf(outBuffer.rdbuf())), pOldErr(std::cerr.rdbuf(errBuffer.rdbuf())) {}
+    ~CaptureOutput() {
+        std::cout.rdbuf(pOldOut);
+        std::cerr.rdbuf(pOldErr);
+    }
+    CaptureOutput(const CaptureOutput&) = delete;
+    CaptureOutput& operator=(const CaptureOutput&) = delete;
+
+    std::string out() const { return outBuffer.str(); }
+    std::string err() const { return errBuffer.str(); }
+    /// Whether the text is somewhere on standard output.
+    bool told(const std::string& text) const { return out().find(text) != std::string::npos; }
+
+private:
+    std::ostringstream outBuffer;
+    std::ostringstream errBuffer;
+    std::streambuf* pOldOut;
+    std::streambuf* pOldErr;
+};

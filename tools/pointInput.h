@@ -1,0 +1,21 @@
+#pragma once
+
+#include <Norvik_2D.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// An input file that can't be used; what() tells the file, the line where there is one, and the reason.
+class BadInput : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads the points of a file:
+///   text       `x y` a line; of a file named .seg `x1 y1 x2 y2`, the ends of a segment. Numbers are separated by blanks
+///              and tabs; empty lines count for nothing.
+///   binary     a point file as the library writes it, known by its first bytes.
+/// Unlike the library's own readers it takes nothing that is doubtful: a word that is no number, too few or too many
+/// numbers, coordinates that aren't finite and files that end early throw BadInput.
+std::vector<KELMAR_NORVIK2D::Point2> readPoints(const std::string& path);
