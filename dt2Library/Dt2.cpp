@@ -29,14 +29,16 @@ int Dt2::setNumCPU(int n) {
     return numCPU;
 }
 
+/// A record whose fields are still to be written.
+inline Triangle2* Dt2::takeTriangle() {
+    if (recycledTriangles.empty()) return trianglePool.get();
+    Triangle2* pT = recycledTriangles.back();
+    recycledTriangles.pop_back();
+    return pT;
+}
+
 Triangle2* Dt2::createTriangle(Point2* a, Point2* b, Point2* c) {
-    Triangle2* pT;
-    if (!recycledTriangles.empty()) {
-        pT = recycledTriangles.back();
-        recycledTriangles.pop_back();
-    } else {
-        pT = trianglePool.get();
-    }
+    Triangle2* pT = takeTriangle();
     setCorners(pT, a, b, c);
     setNeighbours(pT, nullptr, nullptr, nullptr);
     setIncidentTriangle(a, pT);
@@ -78,13 +80,13 @@ void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriang
 NORVIK2D_HOT_LOOP void Dt2::flipUntilDelaunay(const Point2* pVtx) {
     while (!vCheckT.empty()) {
         Triangle2* pT = vCheckT.back();
-        Triangle2* pU = neighbour(pT, 0);
-        if (pU == nullptr || !isFlipWanted(pT, pVtx) || isConstraint(pT, 0) || bNoFlips) {
-            vCheckT.pop_back();
-            continue;
+        vCheckT.pop_back();
+        while (Triangle2* pU = neighbour(pT, 0)) {
+            if (!isFlipWanted(pT, pVtx) || isConstraint(pT, 0) || bNoFlips) break;
+            flipEdge(pT, 0);
+            vCheckT.push_back(pT);
+            pT = pU;
         }
-        flipEdge(pT, 0);
-        vCheckT.push_back(pU);
     }
 }
 
@@ -187,18 +189,21 @@ Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
     Triangle2* const nA = neighbour(pT, 0);
     Triangle2* const nB = neighbour(pT, 1);
     Triangle2* const nC = neighbour(pT, 2);
-    Triangle2* const pA = createTriangle(p, b, c);
-    Triangle2* const pB = createTriangle(p, c, a);
+    Triangle2* const pA = takeTriangle();
+    Triangle2* const pB = takeTriangle();
 
     setCorners(pT, p, a, b);
     setNeighbours(pT, nC, pA, pB);
+    setCorners(pA, p, b, c);
     setNeighbours(pA, nA, pB, pT);
+    setCorners(pB, p, c, a);
     setNeighbours(pB, nB, pT, pA);
     replaceNeighbour(nA, pT, pA);
     replaceNeighbour(nB, pT, pB);
     setIncidentTriangle(p, pT);
     setIncidentTriangle(a, pT);
     setIncidentTriangle(b, pT);
+    setIncidentTriangle(c, pB);
 
     if (nC != nullptr) vCheckT.push_back(pT);
     if (nA != nullptr) vCheckT.push_back(pA);
@@ -224,16 +229,20 @@ Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
     Triangle2* const nBD = neighbour(pU, ccw(j));
     Triangle2* const nDC = neighbour(pU, cw(j));
 
-    setIncidentTriangle(a, pU);
-    Triangle2* const pV = createTriangle(p, b, d);
-    Triangle2* const pW = createTriangle(p, d, c);
+    Triangle2* const pV = takeTriangle();
+    Triangle2* const pW = takeTriangle();
 
     setCorners(pT, p, c, a);
     setNeighbours(pT, nCA, pU, pW);
     setCorners(pU, p, a, b);
     setNeighbours(pU, nAB, pV, pT);
+    setCorners(pV, p, b, d);
     setNeighbours(pV, nBD, pW, pU);
+    setCorners(pW, p, d, c);
     setNeighbours(pW, nDC, pT, pV);
+    setIncidentTriangle(a, pU);
+    setIncidentTriangle(b, pV);
+    for (Point2* pVtx : {p, c, d}) setIncidentTriangle(pVtx, pW);
     // Where b has three triangles only, nAB is nBD: it has to lose U on that side before it gets U on the
     // other.
     replaceNeighbour(nBD, pU, pV);

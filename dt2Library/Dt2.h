@@ -178,6 +178,7 @@ public:
 
 private:
     // Dt2.cpp
+    Triangle2* takeTriangle();
     Point2* insertWhileDegenerate(const Point2& point);
     void hReconfiguration();
     void flipUntilDelaunay(const Point2* pVtx);

@@ -32,9 +32,19 @@ public:
     std::uint32_t iReset(const Point2& point) const noexcept {
         const auto x = static_cast<std::uint32_t>(truncateToCell((point.x() - minX) * scaleX));
         const auto y = static_cast<std::uint32_t>(truncateToCell((point.y() - minY) * scaleY));
+        // The levels of a triangulation's keys, known to the compiler, take half the instructions.
+        return numLevels == 15 ? keyOf(x, y, 15) : keyOf(x, y, numLevels);
+    }
+
+    /// The curve, indexed by state * 4 + quadrant, a quadrant being 2 * (bit of x) + (bit of y): the state of
+    /// the next finer level, and the digit of the key.
+    static constexpr std::uint32_t nextS[16] = {1, 0, 2, 0, 0, 3, 1, 1, 2, 2, 0, 3, 3, 1, 3, 2};
+    static constexpr std::uint32_t addVls[16] = {0, 1, 3, 2, 0, 3, 1, 2, 2, 1, 3, 0, 2, 3, 1, 0};
+
+private:
+    [[gnu::always_inline]] static std::uint32_t keyOf(std::uint32_t x, std::uint32_t y, int level) noexcept {
         std::uint32_t key = 0;
         std::uint32_t state = 0;
-        int level = numLevels;
         for (; level >= 3; level -= 3) {
             const std::uint32_t bits = ((x >> (level - 3)) & 7U) << 3 | ((y >> (level - 3)) & 7U);
             const std::uint8_t step = threeLevels.step[state][bits];
@@ -49,12 +59,6 @@ public:
         return key;
     }
 
-    /// The curve, indexed by state * 4 + quadrant, a quadrant being 2 * (bit of x) + (bit of y): the state of
-    /// the next finer level, and the digit of the key.
-    static constexpr std::uint32_t nextS[16] = {1, 0, 2, 0, 0, 3, 1, 1, 2, 2, 0, 3, 3, 1, 3, 2};
-    static constexpr std::uint32_t addVls[16] = {0, 1, 3, 2, 0, 3, 1, 2, 2, 1, 3, 0, 2, 3, 1, 0};
-
-private:
     /// Three levels of the curve in one step: for each state, three bits of x and three of y, the next state
     /// (upper two bits) and three digits of the key.
     struct ThreeLevels {

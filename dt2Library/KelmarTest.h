@@ -38,6 +38,11 @@ inline DoublePair highHalves(DoublePair a, DoublePair b) noexcept {
 /// The products (a.x * b.y, a.y * b.x), whose difference is the cross product of a and b.
 inline DoublePair crossProducts(DoublePair a, DoublePair b) noexcept { return a * swapped(b); }
 
+inline double crossProduct(DoublePair a, DoublePair b) noexcept {
+    const DoublePair products = crossProducts(a, b);
+    return products[0] - products[1];
+}
+
 /// Exact equality of both coordinates.
 inline bool samePoint(const Point2* pA, const Point2* pB) noexcept {
     return pA->x() == pB->x() && pA->y() == pB->y();
@@ -69,13 +74,14 @@ public:
     /// later call with a smaller magnitude lowers it: see law 1.
     void setStaticBound(double magnitude);
     double getBoundMagnitude() const noexcept { return boundMagnitude; }
+    /// The threshold: a determinant beyond it, or beyond its negative, has the right sign.
+    double getStaticBound() const noexcept { return upperBound; }
 
     /// Orientation of a, b, c: static filter, then dynamicFilterOri2. The determinant is
     /// (a.x - c.x)(b.y - c.y) - (a.y - c.y)(b.x - c.x).
     Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC) {
         const DoublePair c = coordinatesOf(pC);
-        const DoublePair products = crossProducts(coordinatesOf(pA) - c, coordinatesOf(pB) - c);
-        const double det = products[0] - products[1];
+        const double det = crossProduct(coordinatesOf(pA) - c, coordinatesOf(pB) - c);
         if (det > upperBound) return ORIENTATION2_CCW;
         if (lowerBound > det) return ORIENTATION2_CW;
         return dynamicFilterOri2(pA, pB, pC);

@@ -18,25 +18,6 @@ namespace KELMAR_NORVIK2D {
 void* allocateBlock(std::size_t numBytes) noexcept;
 void freeBlock(void* pBlock) noexcept;
 
-/// Lets a large vector live in such blocks.
-template <class T>
-struct BlockAllocator {
-    using value_type = T;
-    BlockAllocator() noexcept = default;
-    template <class U>
-    BlockAllocator(const BlockAllocator<U>& /*other*/) noexcept {}
-
-    T* allocate(std::size_t n) {
-        void* const pBlock = allocateBlock(n * sizeof(T));
-        if (pBlock == nullptr) throw std::bad_alloc();
-        return static_cast<T*>(pBlock);
-    }
-    void deallocate(T* pBlock, std::size_t /*n*/) noexcept { freeBlock(pBlock); }
-    bool operator==(const BlockAllocator& /*other*/) const noexcept { return true; }
-};
-template <class T>
-using BlockVector = std::vector<T, BlockAllocator<T>>;
-
 /// The words of a pool that differ between its users.
 struct PoolTexts {
     static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory";

@@ -46,7 +46,7 @@ struct FourRanges {
 /// Parts a list by three sampled pivots into four ranges that can be sorted at the same time. The parting
 /// keeps the order of what it doesn't part, so that equal keys stay as they were.
 template <class Record, class KeyOf, class IsLeft>
-FourRanges partIntoFour(BlockVector<Record>& list, KeyOf keyOf, IsLeft isLeft) {
+FourRanges partIntoFour(std::vector<Record>& list, KeyOf keyOf, IsLeft isLeft) {
     const auto keyAt = [&](std::size_t i) { return keyOf(list[i]); };
     const auto part = [&](std::size_t begin, std::size_t end) {
         const std::uint32_t pivot = meanOfSample(begin, end, keyAt);
@@ -61,7 +61,7 @@ FourRanges partIntoFour(BlockVector<Record>& list, KeyOf keyOf, IsLeft isLeft) {
 }
 
 template <class T>
-std::vector<std::span<T>> rangesOf(BlockVector<T>& list, const FourRanges& borders) {
+std::vector<std::span<T>> rangesOf(std::vector<T>& list, const FourRanges& borders) {
     const std::span<T> all(list);
     return {all.first(borders.border1), all.subspan(borders.border1, borders.border2 - borders.border1),
             all.subspan(borders.border2, borders.border3 - borders.border2), all.subspan(borders.border3)};
@@ -271,7 +271,7 @@ void VertexVault::iReset_vector(const std::vector<Point2>& points, std::vector<P
         return;
     }
     startIndex = vIdxVtxAct.size();
-    BlockVector<KeyIndex> vPairs(points.size());
+    std::vector<KeyIndex> vPairs(points.size());
     Task{vPairs, &points, &pDt2->getHC(), 0, points.size()}.go();
     sortVector(vPairs);
     orderEqualKeys(vPairs, points);
@@ -295,7 +295,7 @@ void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vecto
     const int numThreads = pDt2->getNumCPU();
     const std::size_t n = points.size();
     const std::size_t share = n / static_cast<std::size_t>(numThreads) + 1;
-    BlockVector<KeyIndex> vPairs(n);
+    std::vector<KeyIndex> vPairs(n);
     std::vector<Task> vKeyTasks;
     for (std::size_t first = 0; first < n; first += share)
         vKeyTasks.push_back({vPairs, &points, &pDt2->getHC(), first, std::min(first + share, n)});
@@ -359,8 +359,8 @@ void VertexVault::mtSort() {
     MTCtrl<SortTask>(vTasks).run(numSortThreads, &SortTask::go);
 }
 
-void VertexVault::sortVector(BlockVector<KeyIndex>& pairs) const {
-    BlockVector<KeyIndex> vScratch(pairs.size());
+void VertexVault::sortVector(std::vector<KeyIndex>& pairs) const {
+    std::vector<KeyIndex> vScratch(pairs.size());
     if (pDt2->getNumCPU() < numSortThreads || pairs.size() < parallelSortThreshold) {
         SortTask2{pairs, vScratch}.go();
         return;

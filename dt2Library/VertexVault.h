@@ -32,7 +32,7 @@ enum SortMode { SORT_ALWAYS = 0, SORT_IF_NEEDED = 1 };
 ///  3. Each waiting duplicate lost against another vertex with the same coordinates.
 class VertexVault {
 public:
-    using ItemList = BlockVector<IdxVtxAct*>;
+    using ItemList = std::vector<IdxVtxAct*>;
     using ItemIterator = ItemList::iterator;
     using ConstItemIterator = ItemList::const_iterator;
 
@@ -131,7 +131,7 @@ private:
     [[noreturn]] void reportLostTriangle(std::size_t resultIndex) const;
 
     void mtSort();
-    void sortVector(BlockVector<KeyIndex>& pairs) const;
+    void sortVector(std::vector<KeyIndex>& pairs) const;
     void makeInactive(IdxVtxAct* pItem);
     void findDuplicatesByCoordinates();
     void redirectHandles(std::vector<Point2*>& handles) const;

@@ -34,6 +34,44 @@ int leaveHullLine(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, in
     return edge;
 }
 
+/// What the static filter alone says of a triangle that the walk has entered across `entry`: whether the point is inside,
+/// or beyond which of the other two edges, the one that is asked first taking precedence. Both edges are computed before
+/// anything is decided, since no processor can predict which one it is.
+struct QuickStep {
+    QuickStep() = default;
+    QuickStep(const Triangle2* pT, int entry, bool bClockwiseFirst, DoublePair point, double bound) {
+        const DoublePair apex = coordinatesOf(corner(pT, entry)) - point;
+        const double beyondCcw = crossProduct(coordinatesOf(corner(pT, cw(entry))) - point, apex);
+        const double beyondCw = crossProduct(apex, coordinatesOf(corner(pT, ccw(entry))) - point);
+        const double first = bClockwiseFirst ? beyondCw : beyondCcw;
+        const double second = bClockwiseFirst ? beyondCcw : beyondCw;
+        const bool bFirstPassed = first > bound;
+        bBeyondFirst = -bound > first;
+        bLeaves = bBeyondFirst | (bFirstPassed & (-bound > second));
+        bInside = bFirstPassed & (second > bound);
+    }
+
+    bool bLeaves, bBeyondFirst, bInside;
+};
+
+/// The same for the first triangle of a walk, whose edges are asked in the order 0, 1, 2.
+struct QuickStart {
+    QuickStart(const Triangle2* pT, DoublePair point, double bound) {
+        const DoublePair a = coordinatesOf(corner(pT, 0)) - point;
+        const DoublePair b = coordinatesOf(corner(pT, 1)) - point;
+        const DoublePair c = coordinatesOf(corner(pT, 2)) - point;
+        const double side0 = crossProduct(b, c), side1 = crossProduct(c, a), side2 = crossProduct(a, b);
+        const bool bBeyond0 = -bound > side0, bBeyond1 = -bound > side1, bBeyond2 = -bound > side2;
+        const bool bPassed0 = side0 > bound, bPassed1 = side1 > bound;
+        bLeaves = bBeyond0 | (bPassed0 & (bBeyond1 | (bPassed1 & bBeyond2)));
+        bInside = bPassed0 & bPassed1 & (side2 > bound);
+        exit = bBeyond0 ? 0 : bBeyond1 ? 1 : 2;
+    }
+
+    bool bLeaves, bInside;
+    int exit;
+};
+
 }  // namespace
 
 NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
@@ -46,20 +84,41 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
     edgeIndex = -1;
     int edge = 0, second = 1, third = 2;  // the edges still to be tested, in this order
     int numUntested = 3;
+    const DoublePair point = coordinatesOf(pVtx);
+    const double bound = predicates.getStaticBound();
+    const QuickStart start(pT, point, bound);
+    if (start.bInside) return LOCATE_INSIDE;
+    if (start.bLeaves) {
+        edge = start.exit;
+        numUntested = 3 - edge;
+    }
+    bool bIsBeyond = start.bLeaves;
     for (int steps = 0;;) {
-        const Orientation2 side = sideOf(predicates, pT, edge, pVtx);
+        const Orientation2 side = bIsBeyond ? ORIENTATION2_CW : sideOf(predicates, pT, edge, pVtx);
+        bIsBeyond = false;
         if (side == ORIENTATION2_CW) {
             edgeIndex = -1;
-            Triangle2* const pNext = neighbour(pT, edge);
-            if (pNext == nullptr) return edge;
-            const int entry = indexOf(pNext, pT);
-            pT = pNext;
-            if (++steps <= numOrderlySteps) [[likely]] {
-                // The edge just crossed needs no test. Which of the others comes first alternates with the
-                // place where the crossing happened.
-                const bool bSecondTest = numUntested == 2;
-                edge = bSecondTest ? cw(entry) : ccw(entry);
-                second = bSecondTest ? ccw(entry) : cw(entry);
+            // The edge just crossed needs no test. Which of the others comes first alternates with the place where the
+            // crossing happened.
+            bool bClockwiseFirst = numUntested == 2;
+            int entry;
+            for (QuickStep step;;) {
+                Triangle2* const pNext = neighbour(pT, edge);
+                if (pNext == nullptr) return edge;
+                entry = indexOf(pNext, pT);
+                pT = pNext;
+                if (++steps > numOrderlySteps) [[unlikely]]
+                    break;
+                step = QuickStep(pT, entry, bClockwiseFirst, point, bound);
+                if (step.bInside) return LOCATE_INSIDE;
+                if (!step.bLeaves) [[unlikely]]
+                    break;
+                edge = bClockwiseFirst == step.bBeyondFirst ? cw(entry) : ccw(entry);
+                bClockwiseFirst = step.bBeyondFirst;
+            }
+            if (steps <= numOrderlySteps) [[likely]] {
+                edge = bClockwiseFirst ? cw(entry) : ccw(entry);
+                second = bClockwiseFirst ? ccw(entry) : cw(entry);
                 numUntested = 2;
             } else {
                 edge = std::rand() % 3;

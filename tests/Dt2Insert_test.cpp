@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "Dt2.h"
 #include "Norvik_2D.h"
 #include "canonicalMesh.h"
-#include "captureOutput.h"
-#include "hardPoints.h"
 #include "meshLaws.h"
 
 using namespace KELMAR_NORVIK2D;
@@ -123,33 +120,6 @@ TEST(Dt2Insert, CollinearPointsWaitForTheFirstOneOffTheirLine) {
     }
 }
 
-TEST(Dt2Insert, NonFiniteCoordinatesChangeNothing) {
-    constexpr double inf = std::numeric_limits<double>::infinity(),
-                     nan = std::numeric_limits<double>::quiet_NaN();
-    for (const int numBefore : {0, 2, 4}) {
-        Norvik_2D mesh;
-        const Point2 some[] = {{0, 0}, {4, 0}, {0, 4}, {1, 1}};
-        for (int i = 0; i < numBefore; ++i) mesh.insert(some[i]);
-        const CanonicalMesh before = canonicalMesh(mesh);
-        for (const Point2& bad :
-             {Point2(inf, 0), Point2(0, -inf), Point2(nan, 0), Point2(0, nan), Point2(-inf, nan)}) {
-            CaptureOutput capture;
-            EXPECT_EQ(mesh.insert(bad), nullptr);
-            EXPECT_EQ(mesh.locate(bad), nullptr);
-            const auto framed = [](const std::string& source) {
-                return "\n\033[0;93m      [Norvik2D-Message] " + source +
-                       ", WARNING: non-finite coordinates, nothing done\033[m\n\n";
-            };
-            EXPECT_EQ(capture.out(), framed("Dt2::insert()") + framed("Dt2::locate()"));
-        }
-        EXPECT_EQ(mesh.numberOfPoints(), static_cast<std::size_t>(numBefore));
-        EXPECT_EQ(canonicalMesh(mesh), before);
-        EXPECT_EQ(mesh.computeBoundingBox().isValid(), numBefore != 0);
-        mesh.insert({2, 3});
-        EXPECT_EQ(lawsBroken(mesh), "");
-    }
-}
-
 TEST(Dt2Insert, TheBoxGrowsWithPointsFarAway) {
     Norvik_2D mesh;
     std::vector<Point2*> handles;
@@ -163,23 +133,6 @@ TEST(Dt2Insert, TheBoxGrowsWithPointsFarAway) {
     EXPECT_EQ(lawsBroken(mesh), "");
     for (Point2* pVtx : handles) EXPECT_EQ(mesh.insert(*pVtx), pVtx);
     EXPECT_EQ(mesh.numberOfPoints(), 200U);
-}
-
-TEST(Dt2Insert, HardPointsOfEveryKindOneAtATime) {
-    for (const hardPoints::Kind& kind : hardPoints::kinds) {
-        hardPoints::Rng rng(11);
-        Norvik_2D mesh;
-        insertEach(mesh, hardPoints::makePoints(kind, 250, rng));
-        EXPECT_EQ(lawsBroken(mesh), "") << kind;
-    }
-}
-
-TEST(Dt2Insert, VerticesAndTrianglesNeverMove) {
-    Norvik_2D mesh(3);
-    const std::vector<Point2> points = hardPoints::uniformPoints(5000, 1);
-    const std::vector<Point2*> handles = insertEach(mesh, points);
-    for (std::size_t i = 0; i < points.size(); ++i) ASSERT_EQ(*handles[i], points[i]);
-    EXPECT_EQ(lawsBroken(mesh), "");
 }
 
 TEST(Dt2Insert, AWalkFromAnywhereFindsItsTriangle) {

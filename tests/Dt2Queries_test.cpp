@@ -72,18 +72,6 @@ TEST(Dt2Queries, LocateAgreesWithTheHullAndTheTriangle) {
     }
 }
 
-TEST(Dt2Queries, LocateOnEdgesHullAndBeyond) {
-    Norvik_2D mesh;
-    EXPECT_EQ(mesh.locate({0, 0}), nullptr);
-    const std::vector<Point2*> handles = insertSquare(mesh);
-    for (Point2* pVtx : handles) EXPECT_TRUE(mesh.locate(*pVtx)->hasVertex(pVtx));
-    for (const Point2& point : {Point2(1, 0), Point2(2, 1), Point2(4, 3), Point2(1, 1), Point2(0, 1e-300)})
-        EXPECT_NE(mesh.locate(point), nullptr) << point;
-    for (const Point2& point :
-         {Point2(-1e-300, 2), Point2(5, 0), Point2(-1, 4), Point2(4, 4.000001), Point2(1e300, 0)})
-        EXPECT_EQ(mesh.locate(point), nullptr) << point;
-}
-
 TEST(Dt2Queries, AdjacentTriangleIsOnTheLeft) {
     Norvik_2D mesh;
     const std::vector<Point2*> handles = insertSquare(mesh);

@@ -128,21 +128,6 @@ TEST(Dt2Remove, EveryKindOneAfterTheOtherUntilNothingIsLeft) {
         }
 }
 
-TEST(Dt2Remove, LeavesTheMeshOfTheOthersWhereItIsUnique) {
-    const std::vector<Point2> points = hardPoints::uniformPoints(3000, 2);
-    Norvik_2D mesh, others;
-    std::vector<Point2*> handles;
-    mesh.insert(points, handles);
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        if (i % 3 == 0)
-            others.insert(points[i]);
-        else
-            mesh.remove(handles[i]);
-    }
-    EXPECT_TRUE(isUnique(mesh));
-    EXPECT_TRUE(canonicalMesh(mesh) == canonicalMesh(others));
-}
-
 TEST(Dt2Remove, VerticesOfHighDegreeGoQuickly) {
     // The hub of a wheel, and the tip of a fan: walks that begin anew with each flip would be quadratic.
     constexpr int numSpokes = 20000;

@@ -237,8 +237,3 @@ TEST(Facade, ObjectsOfDifferentThreadsAreIndependent) {
     for (std::thread& thread : vThreads) thread.join();
     EXPECT_EQ(vBroken, std::vector<std::string>(4, ""));
 }
-
-TEST(Facade, IsNeitherCopiedNorAssigned) {
-    static_assert(!std::is_copy_constructible_v<Norvik_2D> && !std::is_copy_assignable_v<Norvik_2D>);
-    static_assert(!std::is_move_constructible_v<Norvik_2D> && !std::is_move_assignable_v<Norvik_2D>);
-}

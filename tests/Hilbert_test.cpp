@@ -147,12 +147,3 @@ TEST(Hilbert, RunsOfEqualKeysKeepTheirPlaceAndAreOrderedWithin) {
     orderEqualKeys(pairs, cluster);
     EXPECT_LT(tourLength(pairs, cluster), 1e-9 * 2.0 * std::sqrt(5000.0));
 }
-
-TEST(Hilbert, ShortAndEmptyListsStay) {
-    std::vector<KeyIndex> none;
-    orderEqualKeys(none, {});
-    EXPECT_TRUE(none.empty());
-    std::vector<KeyIndex> one{{7, 0}};
-    orderEqualKeys(one, {{0.5, 0.5}});
-    EXPECT_EQ(one, (std::vector<KeyIndex>{{7, 0}}));
-}

@@ -1,0 +1,119 @@
+// Inputs on which triangulations have failed, with facts known from exact arithmetic. See corpus/README.md.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+
+#include "Norvik_2D.h"
+#include "canonicalMesh.h"
+#include "meshLaws.h"
+
+using namespace KELMAR_NORVIK2D;
+
+namespace {
+
+enum Home { OURS, EXTRA };
+
+struct Entry {
+    const char* name;
+    std::size_t numPoints, numHull, numTriangles;
+    Home home;
+};
+
+constexpr Entry entries[] = {
+    {"p01_delaunator_robustness1", 79, 15, 141, OURS},
+    {"p04_delaunator_robustness4", 36, 7, 63, OURS},
+    {"p05_delaunator_issue13", 17, 17, 15, OURS},
+    {"p08_delaunator_ukraine", 867, 21, 1711, OURS},
+    {"p11_shapely1873_narrow", 8, 6, 8, EXTRA},
+    {"p12_jts298_subset", 5, 4, 4, EXTRA},
+    {"p14_jts1171_cocircular", 4, 4, 2, OURS},
+    {"p15_cdt100_concyclic", 4, 4, 2, OURS},
+    {"s01_constrainautor15_tiny_edge", 6, 5, 5, OURS},
+    {"s03_constrainautor2", 236, 21, 449, OURS},
+    {"s04_cdt_problematic1", 8, 6, 8, OURS},
+    {"s07_cdt_triple_hanging", 8, 5, 9, OURS},
+    {"s08_cdt42_overlaps", 16, 10, 20, OURS},
+    {"s11_cdt_issue2", 78, 10, 144, OURS},
+    {"s13_cdt_overlap", 8, 8, 6, OURS},
+    {"s16_cdt148", 6, 4, 6, OURS},
+    {"s17_cdt_letters", 101, 21, 179, OURS},
+    {"s18_cdt_sweden", 2619, 32, 5204, OURS},
+    {"s19_cdt154_2_loop", 8, 5, 9, OURS},
+    {"s21_cgal4405", 5, 4, 4, EXTRA},
+    {"s23_cgal5080", 7, 5, 7, EXTRA},
+    {"s26_cgal781_tiny_edge", 10, 10, 8, EXTRA},
+    {"s27_cgal_single_triangle_refine", 3, 3, 1, EXTRA},
+    {"s29_spade_precision2", 6, 4, 6, OURS},
+    {"s32_spade107", 7, 3, 9, OURS},
+    {"s33_p2t_monkey", 1204, 60, 2346, OURS},
+    {"s35_p2t34_square_1e14", 12, 4, 18, OURS},
+    {"s38_p2t_greenm18_touch", 8, 4, 10, OURS},
+    {"s39_earcut_selftangent4", 2582, 55, 5107, OURS},
+    {"s42_earcut_1e28", 4, 3, 3, OURS},
+    {"s43_geos1046_lines", 219, 10, 426, EXTRA},
+    {"s46_geos488", 111, 16, 204, EXTRA},
+    {"s47_trianglenet1", 5, 4, 4, OURS},
+    {"s49_triangle_dupvertex", 4, 4, 2, OURS},
+    {"g02_underflow_mixed", 101, 24, 176, OURS},
+    {"g03_micro_lattice_1e-7", 24, 24, 22, OURS},
+    {"g05_spiral_ring", 1800, 51, 3547, OURS},
+    {"g07_fan720", 721, 103, 1337, OURS},
+};
+
+/// The points of both files of an entry; a line of segments is two points.
+std::vector<Point2> read(const std::string& folder, const std::string& name) {
+    std::vector<Point2> points;
+    for (const char* extension : {".xy", ".seg"}) {
+        std::ifstream file(folder + "/" + name + extension);
+        // strtod takes denormal numbers, which streams refuse.
+        std::string x, y;
+        while (file >> x >> y)
+            points.emplace_back(std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr));
+    }
+    return points;
+}
+
+void expectFacts(Norvik_2D& mesh, const Entry& entry) {
+    std::vector<Point2*> vHull;
+    mesh.getConvexHull(true, vHull);
+    EXPECT_EQ(mesh.numberOfPoints(), entry.numPoints);
+    EXPECT_EQ(vHull.size(), entry.numHull);
+    EXPECT_EQ(mesh.numberOfTriangles(), entry.numTriangles);
+    EXPECT_EQ(lawsBroken(mesh), "");
+    EXPECT_TRUE(mesh.checkValidity(true, entry.name));
+}
+
+}  // namespace
+
+TEST(Corpus, FactsOfEachEntryHoldOneAtATimeAndOnAnyNumberOfThreads) {
+    const char* const extraFolder = std::getenv("NORVIK2D_EXTRA_CORPUS");
+    for (const Entry& entry : entries) {
+        SCOPED_TRACE(entry.name);
+        if (entry.home == EXTRA && extraFolder == nullptr) {
+            std::cout << "passed over, as NORVIK2D_EXTRA_CORPUS is unset: " << entry.name << std::endl;
+            continue;
+        }
+        const std::vector<Point2> points =
+            read(entry.home == OURS ? NORVIK2D_TEST_CORPUS_DIR : extraFolder, entry.name);
+        ASSERT_GE(points.size(), entry.numPoints) << "the file is missing or short";
+        Norvik_2D single;
+        insertEach(single, points);
+        expectFacts(single, entry);
+        for (const int numCPU : {1, 2, 8}) {
+            Norvik_2D bulk;
+            bulk.setNumCPU(numCPU);
+            bulk.insert(points);
+            expectFacts(bulk, entry);
+        }
+        // All but a tenth go and come again.
+        std::vector<Point2*> vVertices;
+        single.getVertexPointers(vVertices);
+        for (std::size_t i = 0; i < vVertices.size(); ++i)
+            if (i % 10 != 0) single.remove(vVertices[i]);
+        EXPECT_EQ(lawsBroken(single), "");
+        single.insert(points);
+        expectFacts(single, entry);
+    }
+}
