@@ -31,7 +31,11 @@ int Dt2::setNumCPU(int n) {
 
 /// A record whose fields are still to be written.
 inline Triangle2* Dt2::takeTriangle() {
-    if (recycledTriangles.empty()) return trianglePool.get();
+    if (recycledTriangles.empty()) {
+        Triangle2* pFreshT = trianglePool.get();
+        makeDead(pFreshT);  // should memory run out before it is written
+        return pFreshT;
+    }
     Triangle2* pT = recycledTriangles.back();
     recycledTriangles.pop_back();
     return pT;
@@ -145,7 +149,7 @@ Point2* Dt2::insertWhileDegenerate(const Point2& point) {
 /// The box has changed: it is doubled, so that this happens seldom, and all keys refer to the new one.
 void Dt2::hReconfiguration() {
     box.doubleTheBox();
-    hc = HC2(box.getMinX(), box.getMinY(), box.getMaxX(), box.getMaxY(), 30);
+    hc = HC2(box.getMinX(), box.getMinY(), box.getMaxX(), box.getMaxY(), hilbertKeyBits);
     vertexVault.reconfiguration();
 }
 

@@ -31,8 +31,8 @@ class Visualizer2;
 ///  1. Between two public calls the mesh is Delaunay and obeys the laws of Triangle2; its outline is convex.
 ///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
 ///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
-///  4. vCheckT and the other scratch lists are empty between insertions; they keep their capacity, so that an
-///     insertion allocates nothing but what the pools need to grow.
+///  4. vCheckT and vRound are empty between insertions, the other scratch lists hold leftovers. All keep their
+///     capacity, so that an insertion allocates nothing but what the pools need to grow.
 ///  5. A failed assertion (NorvikException) leaves an object that may only be destroyed.
 ///
 /// A Dt2 is driven by one thread. Entries that clients reach stand under RoundToNearest (in Norvik_2D).
@@ -144,8 +144,8 @@ public:
     std::size_t numberOfTriangles() const;
     void getVertexPointers(std::vector<Point2*>& out) const { vertexVault.getVertexPointers(out); }
     Point2* getVertexPointer(const Point2& point) const { return vertexVault.getVertexPointer(point); }
-    /// The live triangles in the order of their making: `out` is replaced as long as no triangle has ever
-    /// died, and appended to otherwise. Untouched if the mesh isn't two-dimensional.
+    /// The live triangles in the order of their making: `out` is replaced while no dead triangle waits for
+    /// reuse, and appended to otherwise. Untouched if the mesh isn't two-dimensional.
     void getTrianglePointers(std::vector<Triangle2*>& out) const;
     Triangle2* getOneValidTriangle() const { return vertexVault.getOneValidTriangle(); }
     /// Appends the triangles around a vertex, counterclockwise from its incident triangle, across the hull

@@ -10,12 +10,6 @@ namespace KELMAR_NORVIK2D {
 
 namespace {
 
-/// Stretches of this length are inserted in list order: close enough to one another.
-constexpr std::ptrdiff_t shortStretch = 15;
-
-/// From this many points on a flat array is worth the way over a vector with the fake box.
-constexpr int parallelThreshold = 100000;
-
 /// Collects the box of many points, and whether all are finite.
 class BoxCollector {
 public:
@@ -101,7 +95,7 @@ void Dt2::insert(int n, const double* coordinates, Point2** handles) {
     }
     const auto numPoints = static_cast<std::size_t>(n);
     std::vector<Point2*> vHandles;
-    if (numCPU >= 2 && n >= parallelThreshold) {
+    if (numCPU >= 2 && numPoints >= VertexVault::parallelFillThreshold) {
         std::vector<Point2> vPoints;
         vPoints.reserve(numPoints);
         for (int i = 0; i < n; ++i) vPoints.emplace_back(coordinates[2 * i], coordinates[2 * i + 1]);

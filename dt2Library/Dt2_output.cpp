@@ -22,16 +22,19 @@ struct NonEmptyCircle {
     const Point2* pInside;
 };
 
-/// Says what is wrong between a triangle and its neighbour; empty if nothing is.
-std::string faultBetween(const Triangle2* pT, int edge) {
+/// Says what is wrong between a triangle and its neighbour; null if nothing is.
+const char* faultBetween(const Triangle2* pT, int edge) {
     const Triangle2* pU = neighbour(pT, edge);
-    for (int j = 0; j < 3; ++j) {
-        if (neighbour(pU, j) != pT) continue;
-        const bool bSameEdge =
-            corner(pT, ccw(edge)) == corner(pU, cw(j)) && corner(pT, cw(edge)) == corner(pU, ccw(j));
-        return bSameEdge ? "" : "Neighbor found but inconsistent intra triangle indices:";
+    int numBackPointers = 0, j = -1;
+    for (int i = 0; i < 3; ++i) {
+        if (neighbour(pU, i) != pT) continue;
+        ++numBackPointers;
+        j = i;
     }
-    return "Inconsistent neighborships:";
+    if (numBackPointers != 1) return "Inconsistent neighborships:";
+    const bool bSameEdge =
+        corner(pT, ccw(edge)) == corner(pU, cw(j)) && corner(pT, cw(edge)) == corner(pU, ccw(j));
+    return bSameEdge ? nullptr : "Neighbor found but inconsistent intra triangle indices:";
 }
 
 bool checkStructure(const std::vector<Triangle2*>& vTriangles, const std::string& source) {
@@ -47,8 +50,8 @@ bool checkStructure(const std::vector<Triangle2*>& vTriangles, const std::string
             report("Less than three different corners", compose(*pT, "\n"));
         for (int edge = 0; edge < 3; ++edge) {
             if (neighbour(pT, edge) == nullptr) continue;
-            const std::string fault = faultBetween(pT, edge);
-            if (!fault.empty()) report(fault, compose(*pT, "\n", *neighbour(pT, edge), "\n"));
+            const char* const fault = faultBetween(pT, edge);
+            if (fault != nullptr) report(fault, compose(*pT, "\n", *neighbour(pT, edge), "\n"));
         }
     }
     return bOK;
@@ -86,6 +89,10 @@ void Dt2::show(Visualizer2* pVisualizer, bool bWithConstraints) {
         error("Dt2::show()", "The triangulation is not 2D, no visualization");
         return;
     }
+    if (pVisualizer == nullptr) {
+        warning("Dt2::show()", "pVisualizer==NULL, nothing done");
+        return;
+    }
     std::vector<VertexPair> vEdges, vConstraints;
     visitTriangles([&](const Triangle2* pT) {
         for (int i = 0; i < 3; ++i) {
@@ -119,6 +126,8 @@ bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) 
         const Triangle2* pT = vTriangles[i];
         for (int edge = 0; edge < 3; ++edge) {
             if (neighbour(pT, edge) == nullptr || isConstraint(pT, edge)) continue;
+            // Across a broken link there is no circle to check; it has been reported.
+            if (faultBetween(pT, edge) != nullptr) continue;
             const Point2* pFar = farCorner(pT, edge);
             if (predicates.exact_circleInc3state(pT, pFar) != CINC2_INCIRCLE) continue;
             error(source, "Sphere inclusion test failed ");

@@ -13,7 +13,7 @@ namespace {
 
 /// A vertex without a triangle ends in the exception of the iterator, as it does for clients.
 void requireInMesh(Point2* pVtx) {
-    if (pVtx->getIncidentTriangle() == nullptr) TriangleAroundVertexIterator invalid(pVtx);
+    if (pVtx == nullptr || pVtx->getIncidentTriangle() == nullptr) TriangleAroundVertexIterator invalid(pVtx);
 }
 
 /// Whether a walk from the triangle to the point is sure to be short: the distance is a few of its edges, the
@@ -59,7 +59,7 @@ void Dt2::getIncidentTriangles(Point2* pVtx, std::vector<Triangle2*>& out) const
 
 bool Dt2::isEdge(Point2* p, Point2* q) const {
     requireInMesh(p);
-    return p != q && visitUmbrella(p, [&](const Triangle2* pT) { return pT->hasVertex(q); });
+    return visitUmbrella(p, [&](const Triangle2* pT) { return pT->hasVertex(q); });
 }
 
 Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const {
@@ -85,9 +85,13 @@ Triangle2* Dt2::locate(const Point2& point) {
     const double magnitude = std::max(std::fabs(point.x()), std::fabs(point.y()));
     if (magnitude > predicates.getBoundMagnitude()) predicates.setStaticBound(magnitude);
 
-    Triangle2* pT =
-        isCloseTo(pLastLocated, point) ? pLastLocated : vertexVault.getCloseTriangle(hc.iReset(point));
     int edge = -1;
+    if (isCloseTo(pLastLocated, point)) {
+        const int code = walkToConflict(predicates, &point, pLastLocated, edge);
+        if (code == LOCATE_INSIDE && edge < 0) return pLastLocated;
+        // Several triangles share the point: which of them is told doesn't depend on earlier queries.
+    }
+    Triangle2* pT = vertexVault.getCloseTriangle(hc.iReset(point));
     const int code = walkToConflict(predicates, &point, pT, edge);
     pLastLocated = pT;
     if (code == LOCATE_INSIDE || code == LOCATE_DUPLICATE) return pT;

@@ -126,7 +126,6 @@ int gridInCircleSign(const CircleDifferences& d) {
 int doubleDoubleInCircleSign(const CircleDifferences& d) {
     // 40 roundings of at most 5 * 2^-106 lie on a path; the bound takes 2^-97.
     constexpr double errorFactor = 0x1p-97;
-    constexpr double underflowFloor = 1e-290;
 
     const DoubleDouble a = d.ax * d.ax + d.ay * d.ay;
     const DoubleDouble b = d.bx * d.bx + d.by * d.by;
@@ -223,10 +222,9 @@ void KelmarTest::gmpInit() {
 }
 
 void KelmarTest::setStaticBound(double magnitude) {
-    // Rounding errors of the determinant, in units of B^2 for coordinates of magnitude B: half a last place
-    // of the final difference (2^-49 for values up to 8), and for each of the two products half a last place
-    // of its own (2^-50 for values up to 4) and the errors inherited from its two differences (2^-51 for
-    // values up to 2): 2^-49 / 2 + 2 * (2^-50 / 2 + 2^-51) = 3 * 2^-50.
+    // Errors of the determinant for coordinates of magnitude 1: of each of the two products, 2 * 2^-52 from
+    // each of its differences and 2^-51 of its own. The last subtraction is exact where the sign is in doubt.
+    // In all 2 * (2^-50 + 2^-51) = 3 * 2^-50, times the square of the magnitude.
     constexpr double factor = 3.0 * 0x1p-50;
     upperBound = factor * magnitude * magnitude;
     boundMagnitude = std::fabs(magnitude);

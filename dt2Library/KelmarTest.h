@@ -48,6 +48,10 @@ inline bool samePoint(const Point2* pA, const Point2* pB) noexcept {
     return pA->x() == pB->x() && pA->y() == pB->y();
 }
 
+/// Where an error bound is below this, times the squared lengths that multiply the products, products may
+/// have underflowed: each such step is off by some 5e-324. This leaves 30 decades of reserve.
+constexpr double underflowFloor = 1e-290;
+
 /// What a floating-point filter can say about a point and a circumcircle.
 enum class CircleVerdict { OUTSIDE, UNDECIDED, INSIDE };
 
@@ -175,10 +179,6 @@ private:
     /// coordinate to the determinant, 10 * 2^-53 = 1.11e-15; three times that leaves room for the permanent's
     /// own roundings.
     static constexpr double inCircleErrorFactor = 3.33e-15;
-
-    /// Underflowing steps are off by some 5e-324 each, times the squared lengths; this leaves 30 decades of
-    /// reserve.
-    static constexpr double underflowFloor = 1e-290;
 
     double upperBound = 0.0;
     double lowerBound = 0.0;

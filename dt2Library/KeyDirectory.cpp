@@ -11,7 +11,8 @@ void KeyDirectory::clear() noexcept {
 }
 
 void KeyDirectory::build(std::span<IdxVtxAct* const> items) {
-    // Four keys a bucket on average: they share a cache line, and the directory takes a byte for each item.
+    // Two to four keys a bucket: they share a cache line, and the directory takes one or two bytes for each
+    // item.
     constexpr std::size_t keysPerBucket = 4;
 
     vKeys.resize(items.size());

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -31,7 +30,7 @@ public:
         vWorkers.reserve(static_cast<std::size_t>(numThreads));
         try {
             for (int i = 0; i < numThreads; ++i) vWorkers.emplace_back([this, method] { startCPU(method); });
-        } catch (const std::system_error&) {
+        } catch (...) {
             startCPU(method);
         }
         for (std::thread& worker : vWorkers) worker.join();

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Dt2.h"
+#include "diagnostics.h"
 #include "roundingMode.h"
 #include "standardOutput.h"
 
@@ -107,7 +108,14 @@ void Norvik_2D::show(Visualizer2* pVisualizer, bool bWithConstraints) {
     pImpl->show(pVisualizer, bWithConstraints);
 }
 
-void Norvik_2D::subscribe(MsgType type, MsgBase* pSubscriber) { pImpl->subscribe(type, pSubscriber); }
+void Norvik_2D::subscribe(MsgType type, MsgBase* pSubscriber) {
+    if (pSubscriber == nullptr) {
+        warning("Norvik_2D::subscribe()", "pSubscriber==NULL, nothing done");
+        return;
+    }
+    pImpl->subscribe(type, pSubscriber);
+}
+
 void Norvik_2D::unsubscribe(MsgType type, MsgBase* pSubscriber) { pImpl->unsubscribe(type, pSubscriber); }
 void Norvik_2D::setDev(const std::string& key, int i, double d) { pImpl->setDev(key, i, d); }
 

@@ -19,9 +19,6 @@ namespace {
 constexpr std::size_t parallelSortThreshold = 10000;
 constexpr int numSortThreads = 4;
 
-/// Below this many points a bulk insertion is prepared on the calling thread.
-constexpr std::size_t parallelFillThreshold = 100000;
-
 /// Mean of the keys of a sample of the positions [begin, end). A stretch of fewer than 100 has no stride: the
 /// sample then runs down from `begin` to 0, as the stride wraps around.
 template <class KeyAt>
@@ -189,11 +186,20 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t key) const {
 /// tail.
 const IdxVtxAct* VertexVault::nearestActiveItem(std::uint32_t key) const {
     const std::size_t start = searchKey(key);
-    for (std::size_t i = start; i < maxSortedIndex; ++i)
-        if (vIdxVtxAct[i]->bAct) return vIdxVtxAct[i];
-    for (std::size_t i = start; i-- > 0;)
-        if (vIdxVtxAct[i]->bAct) return vIdxVtxAct[i];
-    return nearestInTail(key);
+    std::size_t i = start;
+    while (i < maxSortedIndex && !vIdxVtxAct[i]->bAct) ++i;
+    if (i == maxSortedIndex) {
+        for (i = start; i-- > 0;)
+            if (vIdxVtxAct[i]->bAct) return vIdxVtxAct[i];
+        return nearestInTail(key);
+    }
+    // Where much was removed the steps add up. A fresh directory leads past inactive items.
+    numScanned += i - start;
+    if (numScanned > maxSortedIndex) {
+        directory.clear();
+        numScanned = 0;
+    }
+    return vIdxVtxAct[i];
 }
 
 const IdxVtxAct* VertexVault::nearestInTail(std::uint32_t key) const {
@@ -276,7 +282,7 @@ void VertexVault::iReset_vector(const std::vector<Point2>& points, std::vector<P
     sortVector(vPairs);
     orderEqualKeys(vPairs, points);
 
-    vIdxVtxAct.reserve(startIndex + points.size());
+    reserveItems(startIndex + points.size());
     if (pHandles != nullptr) pHandles->resize(points.size());
     for (std::size_t rank = 0; rank < vPairs.size(); ++rank) {
         prefetchAhead(vPairs, rank, points);
@@ -287,6 +293,13 @@ void VertexVault::iReset_vector(const std::vector<Point2>& points, std::vector<P
         vIdxVtxAct.push_back(pItem);
         if (pHandles != nullptr) pHandles->at(index) = pVtx;
     }
+}
+
+/// Exact for a first insertion, and with room to spare for those that follow: many small ones must not copy
+/// the list each.
+void VertexVault::reserveItems(std::size_t n) {
+    const std::size_t capacity = vIdxVtxAct.capacity();
+    if (n > capacity) vIdxVtxAct.reserve(std::max(n, capacity + capacity / 2));
 }
 
 void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vector<Point2*>* pHandles,
@@ -303,7 +316,7 @@ void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vecto
     sortVector(vPairs);
     orderEqualKeys(vPairs, points);
 
-    vIdxVtxAct.reserve(startIndex + n);
+    reserveItems(startIndex + n);
     if (pHandles != nullptr) pHandles->resize(n);
     // The pools know one thread only: records are taken here, and filled by the workers.
     std::vector<Point2*> vVertices(n);
@@ -484,9 +497,7 @@ void VertexVault::redirectHandles(std::vector<Point2*>& handles) const {
             "mRedundant2UniqueVtx.size()==numFoundInHandles");
 }
 
-// ------------------------------------------------------------------------------------- beginning and fake
-// box
-
+// ---------------------------------------------------------------------------- beginning and fake box
 bool VertexVault::getThreeInitialPoints(Point2*& pA, Point2*& pB, Point2*& pC) const {
     require(!vIdxVtxAct.empty(), "!vIdxVtxAct.empty()");
     require(!bFullDimensional, "!bFullDimensional");

@@ -26,8 +26,8 @@ enum SortMode { SORT_ALWAYS = 0, SORT_IF_NEEDED = 1 };
 /// duplicates that wait for treatment, and the corners of the fake box that multithreaded insertion works in.
 ///
 /// Laws:
-///  1. The items below maxSortedIndex are the sorted part. The items behind it, the tail, are in the order of their making,
-///     and so are their vertices in the vertex pool.
+///  1. The items below maxSortedIndex are the sorted part. The items behind it, the tail, are in the order of
+///     their making, and so are their vertices in the vertex pool.
 ///  2. After a sort the sorted part is the whole list, and the list ends with an active item.
 ///  3. Each waiting duplicate lost against another vertex with the same coordinates.
 class VertexVault {
@@ -38,6 +38,9 @@ public:
 
     /// What index lookups answer when there is nothing.
     static constexpr unsigned notFound = 2147483647;
+
+    /// Below this many points a bulk insertion is prepared on the calling thread.
+    static constexpr std::size_t parallelFillThreshold = 100000;
 
     explicit VertexVault(Dt2* pDt2);
     VertexVault(const VertexVault&) = delete;
@@ -130,6 +133,7 @@ private:
     const IdxVtxAct* nearestInTail(std::uint32_t key) const;
     [[noreturn]] void reportLostTriangle(std::size_t resultIndex) const;
 
+    void reserveItems(std::size_t n);
     void mtSort();
     void sortVector(std::vector<KeyIndex>& pairs) const;
     void makeInactive(IdxVtxAct* pItem);
@@ -144,8 +148,10 @@ private:
     std::uint32_t numRemoved = 0;                               ///< since the last sort
     std::uint32_t numActPoints = 0;                             ///< an estimate between sorts
     std::vector<std::unique_ptr<Point2>> vFakeBoxHandles;       ///< none or four
-    mutable KeyDirectory directory;                             ///< of the sorted part
-    std::mutex mutex;                                           ///< guards mRedundant2UniqueVtx
+    mutable std::size_t numScanned =
+        0;  ///< inactive items that searches stepped over since the directory was built
+    mutable KeyDirectory directory;  ///< of the sorted part
+    std::mutex mutex;                ///< guards mRedundant2UniqueVtx
 };
 
 }  // namespace KELMAR_NORVIK2D

@@ -9,8 +9,8 @@ namespace KELMAR_NORVIK2D {
 /// rounding or the lengths themselves break the triangle inequality.
 double heronProduct(double a, double b, double c);
 
-/// The area; 0 for a product that isn't positive. A NaN fails an assertion after a warning, which tells the corners of
-/// the triangle if there is one.
+/// The area; 0 for a product that isn't positive. A NaN fails an assertion after a warning, which tells the
+/// corners of the triangle if there is one.
 double heronArea(double a, double b, double c, const Triangle2* pT);
 
 }  // namespace KELMAR_NORVIK2D

@@ -11,11 +11,6 @@ namespace KELMAR_NORVIK2D {
 
 namespace {
 
-constexpr unsigned keyBits = 30;
-
-/// Bulk insertion takes stretches of this length in list order without looking closer.
-constexpr std::size_t shortRun = 15;
-
 /// Below this a comparison sort is faster than clearing the tables of the radix sort.
 constexpr std::size_t radixThreshold = 4096;
 
@@ -31,7 +26,7 @@ HC2 calculatorOver(std::span<const KeyIndex> run, const std::vector<Point2>& poi
         maxY = std::max(maxY, point.y());
     }
     constexpr double margin = 0x1p-14;
-    return {minX, minY, maxX + margin * (maxX - minX), maxY + margin * (maxY - minY), keyBits};
+    return {minX, minY, maxX + margin * (maxX - minX), maxY + margin * (maxY - minY), hilbertKeyBits};
 }
 
 void sortByKey(std::span<KeyIndex> run, std::vector<KeyIndex>& scratch) {
@@ -43,13 +38,13 @@ void sortByKey(std::span<KeyIndex> run, std::vector<KeyIndex>& scratch) {
     std::sort(run.begin(), run.end());  // the indices make all pairs different
 }
 
-/// Calls `visit(first, length)` for each run of more than `shortRun` equal keys.
+/// Calls `visit(first, length)` for each run of more than `shortStretch` equal keys.
 template <class Visit>
 void forEachLongRun(std::span<const KeyIndex> pairs, Visit visit) {
     for (std::size_t first = 0; first < pairs.size();) {
         std::size_t last = first + 1;
         while (last < pairs.size() && pairs[last].first == pairs[first].first) ++last;
-        if (last - first > shortRun) visit(first, last - first);
+        if (last - first > shortStretch) visit(first, last - first);
         first = last;
     }
 }

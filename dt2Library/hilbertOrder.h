@@ -12,6 +12,12 @@ namespace KELMAR_NORVIK2D {
 /// A Hilbert key and the index of the input point that it belongs to.
 using KeyIndex = std::pair<std::uint32_t, std::uint32_t>;
 
+/// Width of a triangulation's keys in bits, half of them for each axis.
+constexpr unsigned hilbertKeyBits = 30;
+
+/// Bulk insertion takes stretches of this length in list order without looking closer.
+constexpr int shortStretch = 15;
+
 /// Orders the points within each run of equal keys along the curve over the run's own box, and so on in what
 /// remains equal then. The keys of a triangulation have one fixed grid over the whole box; without this the
 /// points of a dense cluster would be inserted in random order, each with a walk across the cluster. The

@@ -7,8 +7,8 @@
 namespace KELMAR_NORVIK2D {
 
 /// Makes answers independent of the host's floating-point settings: for its lifetime results are rounded to
-/// nearest and denormal numbers are neither flushed to zero nor read as zero. Both settings return as they
-/// were at the end of the scope, an exception included. Threads started within the scope inherit it.
+/// nearest and (on x86) denormal numbers are neither flushed to zero nor read as zero. Both settings return
+/// as they were at the end of the scope, an exception included. Threads started within the scope inherit it.
 class RoundToNearest {
 public:
     RoundToNearest() noexcept;
@@ -16,8 +16,8 @@ public:
     RoundToNearest(const RoundToNearest&) = delete;
     RoundToNearest& operator=(const RoundToNearest&) = delete;
 
-    /// Hands a number through that belongs into this scope. Without it a compiler that sees both ends of the scope may
-    /// compute a result behind it, or begin with an argument before it.
+    /// Hands a number through that belongs into this scope. Without it a compiler that sees both ends of the
+    /// scope may compute a result behind it, or begin with an argument before it.
     template <class Number>
     Number keep(Number number) const noexcept {
 #if defined(__SSE2__)

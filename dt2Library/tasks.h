@@ -9,7 +9,7 @@
 #include "Point2.h"
 #include "hilbertOrder.h"
 
-/// The pieces into which MTCtrl cuts the preparation of a bulk insertion. None allocates or throws.
+/// The pieces into which MTCtrl cuts the preparation of a bulk insertion. None throws.
 namespace KELMAR_NORVIK2D {
 
 /// Puts the input points into list order: key and index of each point in [first, last).

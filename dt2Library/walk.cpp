@@ -34,17 +34,17 @@ int leaveHullLine(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, in
     return edge;
 }
 
-/// What the static filter alone says of a triangle that the walk has entered across `entry`: whether the point is inside,
-/// or beyond which of the other two edges, the one that is asked first taking precedence. Both edges are computed before
-/// anything is decided, since no processor can predict which one it is.
+/// What the static filter alone says of a triangle that the walk has entered across `entry`: whether the
+/// point is inside, or beyond which of the other two edges, the one that is asked first taking precedence.
+/// Both edges are computed before anything is decided, since no processor can predict which one it is.
 struct QuickStep {
     QuickStep() = default;
     QuickStep(const Triangle2* pT, int entry, bool bClockwiseFirst, DoublePair point, double bound) {
         const DoublePair apex = coordinatesOf(corner(pT, entry)) - point;
-        const double beyondCcw = crossProduct(coordinatesOf(corner(pT, cw(entry))) - point, apex);
-        const double beyondCw = crossProduct(apex, coordinatesOf(corner(pT, ccw(entry))) - point);
-        const double first = bClockwiseFirst ? beyondCw : beyondCcw;
-        const double second = bClockwiseFirst ? beyondCcw : beyondCw;
+        const double sideCcw = crossProduct(coordinatesOf(corner(pT, cw(entry))) - point, apex);
+        const double sideCw = crossProduct(apex, coordinatesOf(corner(pT, ccw(entry))) - point);
+        const double first = bClockwiseFirst ? sideCw : sideCcw;
+        const double second = bClockwiseFirst ? sideCcw : sideCw;
         const bool bFirstPassed = first > bound;
         bBeyondFirst = -bound > first;
         bLeaves = bBeyondFirst | (bFirstPassed & (-bound > second));
@@ -98,8 +98,8 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
         bIsBeyond = false;
         if (side == ORIENTATION2_CW) {
             edgeIndex = -1;
-            // The edge just crossed needs no test. Which of the others comes first alternates with the place where the
-            // crossing happened.
+            // The edge just crossed needs no test. Which of the others comes first alternates with the place
+            // where the crossing happened.
             bool bClockwiseFirst = numUntested == 2;
             int entry;
             for (QuickStep step;;) {

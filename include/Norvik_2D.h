@@ -40,7 +40,8 @@ class Dt2;
 ///
 /// Mistakes of the caller are reported by warning() on standard output, and the call changes nothing and
 /// returns a neutral result. Coordinates that aren't finite are such a mistake. A broken invariant ends in a
-/// NorvikException; after that the object may only be destroyed.
+/// NorvikException; after that, after std::bad_alloc and after an exception out of a subscriber the object may
+/// only be destroyed.
 ///
 /// An object is used by one thread at a time; different objects are independent. Neither the floating-point
 /// rounding mode of the calling thread nor its treatment of denormal numbers has an influence; both are left
@@ -53,7 +54,8 @@ public:
     Norvik_2D(const Norvik_2D&) = delete;
     Norvik_2D& operator=(const Norvik_2D&) = delete;
 
-    /// Begins anew with an empty triangulation; all pointers into the old one become invalid.
+    /// Begins anew with an empty triangulation on one thread, without name and subscribers; all pointers into
+    /// the old one become invalid.
     void initNorvik(unsigned int numExpectedVertices);
 
     /// Threads for later insertions of many points: a positive number is taken as it is, a negative one means
@@ -103,9 +105,9 @@ public:
     /// vertex that may jump across the gap. A vertex without triangles ends in a NorvikException.
     void getIncidentTriangles(Point2* pVertex, std::vector<Triangle2*>& out);
 
-    /// Delivers all triangles, in the order of their making. `out` is replaced as long as no triangle has
-    /// died (by removal or multithreaded insertion), and appended to otherwise. Nothing happens if there are
-    /// no triangles yet.
+    /// Delivers all triangles, in the order of their making. `out` is replaced while no dead triangle waits
+    /// for reuse, and appended to otherwise (removal, and insertion with several threads, leave dead ones):
+    /// clear it first if that matters. Nothing happens if there are no triangles yet.
     void getTrianglePointers(std::vector<Triangle2*>& out);
 
     /// Replaces `out` by all vertices, in an order that keeps neighbours close.

@@ -65,8 +65,10 @@ TEST(Dt2Queries, LocateAgreesWithTheHullAndTheTriangle) {
             expectLocated(mesh, vHull, kind.make(rng));
         }
         for (const double far : {1.0, 1e18, 1e155, 1.7e308})
-            for (const Point2& way : {Point2(1, 0), Point2(0, -1), Point2(-1, 1), Point2(-1, -0.5)})
+            for (const Point2& way : {Point2(1, 0), Point2(0, -1), Point2(-1, 1), Point2(-1, -0.5)}) {
                 expectLocated(mesh, vHull, {far * way.x(), far * way.y()});
+                EXPECT_GE(mesh.getImpl()->getPredicates()->getBoundMagnitude(), far);
+            }
         mesh.insert(hardPoints::makePoints(kind, 50, rng));  // the filter is right after far queries too
         EXPECT_EQ(lawsBroken(mesh), "");
     }
@@ -129,7 +131,6 @@ TEST(Dt2Queries, IncidentTrianglesRunCounterclockwiseAndAreAppended) {
         }
         EXPECT_EQ(numGaps, std::find(vHull.begin(), vHull.end(), pVtx) != vHull.end() ? 1U : 0U);
         EXPECT_EQ(std::set<Triangle2*>(vIncident.begin(), vIncident.end()).size(), vIncident.size());
-        EXPECT_FALSE(mesh.getImpl()->isEdge(pVtx, pVtx));
     }
     Point2 stranger;
     std::vector<Triangle2*> out;

@@ -58,10 +58,16 @@ std::ostream& operator<<(std::ostream& os, const Figure& figure) {
     return os;
 }
 
-/// Three points on a line at parameters of different magnitudes, moved by a few units in the last place.
+/// Three points on a line at parameters of different magnitudes, moved by a few units in the last place. Where the
+/// second is opposite to the first, the third may be much smaller than both.
 Figure nearLine(Rng& rng, double scale) {
-    const Point2 a(scale * around0(rng), scale * around0(rng)), b(scale * around0(rng), scale * around0(rng));
-    const double t = std::ldexp(4.0 * around0(rng), -below(rng, 30));
+    const Point2 a(scale * around0(rng), scale * around0(rng));
+    Point2 b(scale * around0(rng), scale * around0(rng));
+    double t = std::ldexp(4.0 * around0(rng), -below(rng, 30));
+    if (below(rng, 3) == 0) {
+        b = {nudged(-a.x(), rng), nudged(-a.y(), rng)};
+        t = 0.5 + std::ldexp(around0(rng), -below(rng, 30));
+    }
     const auto between = [&](double from, double to) {
         constexpr double most = 1.7e308;
         return nudged(std::clamp(from + t * (to - from), -most, most), rng, 2);
