@@ -154,11 +154,16 @@ void Dt2::hReconfiguration() {
 }
 
 Triangle2* Dt2::insertVertex(Point2*& pVtx, Triangle2* pStartT) {
-    if (progress.isTracked()) [[unlikely]]
-        progress.incProgress(1);
     int edge = -1;
     Triangle2* pT = pStartT;
     const int code = walkToConflict(predicates, pVtx, pT, edge);
+    return insertLocated(pVtx, pT, code, edge);
+}
+
+/// Inserts a vertex where a walk has ended.
+Triangle2* Dt2::insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge) {
+    if (progress.isTracked()) [[unlikely]]
+        progress.incProgress(1);
     if (code != LOCATE_INSIDE) return triangulateCoplanarOrDuplicate(pVtx, pT, code);
 
     Triangle2* pResult = edge < 0 ? initVCheckT13(pT, pVtx) : initVCheckT24(pT, pVtx, edge);

@@ -185,6 +185,7 @@ private:
     void splitHullEdge(Triangle2* pT, int edge, Point2* pVtx);
     void attachToHull(Point2* pVtx);
     void legaliseInRounds(const Point2* pVtx);
+    Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
     bool sees(const Point2* pVtx, const Side& side);
     bool isFlipWanted(const Triangle2* pT, const Point2* pVtx);
 
@@ -196,6 +197,8 @@ private:
     void triangulateNew(std::size_t numPoints, std::size_t numPreExistingVtx, bool bOldOnesWait,
                         std::vector<Point2*>* pHandles);
     void triangulateOldThenNew(std::size_t numPreExistingVtx, Triangle2* pStartT);
+    Triangle2* insertItem(ItemIterator item, Triangle2* pStartT);
+    Triangle2* closestInList(ItemIterator item, Triangle2* pT);
     void triangulateGate(ItemIterator first, ItemIterator last, Triangle2* pStartT);
     void triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStartT);
 

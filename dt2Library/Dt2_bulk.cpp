@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
 #include "Dt2.h"
 #include "diagnostics.h"
 #include "require.h"
+#include "walk.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -196,13 +198,13 @@ void Dt2::triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStar
     if (last - first <= shortStretch) {
         for (; first != last; ++first) {
             if (!(*first)->bAct) continue;
-            pStartT = insertVertex((*first)->pVtx, closerStart((*first)->pVtx, pStartT, pBehind));
+            pStartT = insertItem(first, closerStart((*first)->pVtx, pStartT, pBehind));
         }
         return;
     }
     const ItemIterator mid = first + (last - first) / 2;
     Triangle2* pNearT = pStartT;
-    if ((*mid)->bAct) pNearT = insertVertex((*mid)->pVtx, closerStart((*mid)->pVtx, pStartT, pBehind));
+    if ((*mid)->bAct) pNearT = insertItem(mid, closerStart((*mid)->pVtx, pStartT, pBehind));
     triangulateRec(first, mid, pNearT);
     // A duplicate has no triangle of its own; the one where it was found is still alive, as insertion kills
     // none.
@@ -210,6 +212,51 @@ void Dt2::triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStar
     if (pIncT == nullptr) pIncT = pNearT;
     require(pIncT != nullptr, "pIncT!=NULL");
     triangulateRec(mid + 1, last, pIncT);
+}
+
+/// Where the curve jumps along a fan of thin triangles, as between points on a circle, a walk may cross all of it.
+/// Then it is cheaper to look for a closer start among the vertices that are in already.
+Triangle2* Dt2::insertItem(ItemIterator item, Triangle2* pStartT) {
+    constexpr int maxSteps = 64;
+    Point2*& pVtx = (*item)->pVtx;
+    int edge = -1;
+    Triangle2* pT = pStartT;
+    int code = walkToConflict(predicates, pVtx, pT, edge, maxSteps);
+    if (code == LOCATE_TOO_FAR) {
+        pT = closestInList(item, pT);
+        code = walkToConflict(predicates, pVtx, pT, edge);
+    }
+    return insertLocated(pVtx, pT, code, edge);
+}
+
+/// A triangle at a vertex close to the item's, at least as close as corner 0 of `pT`. Looks at powers of two on both
+/// sides in the list, goes to the closest of them, and on from there with smaller ones.
+Triangle2* Dt2::closestInList(ItemIterator item, Triangle2* pT) {
+    ItemIterator begin, end;
+    vertexVault.getIterators(0, begin, end);
+    const Point2* const pVtx = (*item)->pVtx;
+    double least = squaredDistance(pVtx, corner(pT, 0));
+    std::ptrdiff_t position = item - begin;
+    auto reach = static_cast<std::ptrdiff_t>(std::bit_floor(static_cast<std::size_t>(end - begin)));
+    for (bool bCloser = true; bCloser;) {
+        bCloser = false;
+        const std::ptrdiff_t center = position;
+        for (std::ptrdiff_t offset = reach; offset > 0; offset /= 2) {
+            for (const std::ptrdiff_t candidate : {center - offset, center + offset}) {
+                if (candidate < 0 || candidate >= end - begin) continue;
+                const Point2* pCandidate = begin[candidate]->pVtx;
+                if (pCandidate->getIncidentTriangle() == nullptr) continue;
+                const double distance = squaredDistance(pVtx, pCandidate);
+                if (!(distance < least)) continue;
+                least = distance;
+                pT = pCandidate->getIncidentTriangle();
+                position = candidate;
+                reach = offset;
+                bCloser = true;
+            }
+        }
+    }
+    return pT;
 }
 
 double Dt2::measureTrianguluationTime(int numCPU_, const std::vector<Point2>& points) {

@@ -395,7 +395,7 @@ void VertexVault::reconfiguration() {
 
 void VertexVault::prefetchItem(const Point2* pVtx) const {
     const auto rank = static_cast<std::size_t>(pDt2->getVertexPool().rankOf(pVtx));
-    if (rank < vIdxVtxAct.size()) __builtin_prefetch(&vIdxVtxAct[rank]);
+    if (rank < vIdxVtxAct.size()) __builtin_prefetch(vIdxVtxAct[rank]);
 }
 
 void VertexVault::removeAndInvalidateVtx(Point2* pVtx) {

@@ -1,5 +1,6 @@
 #include "walk.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "hotLoop.h"
@@ -75,11 +76,12 @@ struct QuickStart {
 }  // namespace
 
 NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
-                                     int& edgeIndex) {
+                                     int& edgeIndex, int maxSteps) {
     require(pT != nullptr, "pStartTriangle!=__null");
     // A visibility walk may cycle where the mesh isn't Delaunay, as across constraints; after this many steps
     // it continues at random.
     constexpr int numOrderlySteps = 1000;
+    const int numStepsToBreak = std::min(numOrderlySteps, maxSteps);
 
     edgeIndex = -1;
     int edge = 0, second = 1, third = 2;  // the edges still to be tested, in this order
@@ -107,7 +109,7 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
                 if (pNext == nullptr) return edge;
                 entry = indexOf(pNext, pT);
                 pT = pNext;
-                if (++steps > numOrderlySteps) [[unlikely]]
+                if (++steps > numStepsToBreak) [[unlikely]]
                     break;
                 step = QuickStep(pT, entry, bClockwiseFirst, point, bound);
                 if (step.bInside) return LOCATE_INSIDE;
@@ -116,6 +118,7 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
                 edge = bClockwiseFirst == step.bBeyondFirst ? cw(entry) : ccw(entry);
                 bClockwiseFirst = step.bBeyondFirst;
             }
+            if (steps > maxSteps) return LOCATE_TOO_FAR;
             if (steps <= numOrderlySteps) [[likely]] {
                 edge = bClockwiseFirst ? cw(entry) : ccw(entry);
                 second = bClockwiseFirst ? ccw(entry) : cw(entry);

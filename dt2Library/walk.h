@@ -1,16 +1,20 @@
 #pragma once
 
+#include <limits>
+
 #include "KelmarTest.h"
 
 namespace KELMAR_NORVIK2D {
 
 /// What the walk to a point ends with. Other results are 0 to 2: the point lies outside the convex hull
 /// beyond that edge of the triangle, or on it.
-enum LocateCode { LOCATE_INSIDE = -1, LOCATE_DUPLICATE = 4 };
+enum LocateCode { LOCATE_INSIDE = -1, LOCATE_DUPLICATE = 4, LOCATE_TOO_FAR = 5 };
 
 /// Walks from `pT` to the triangle that contains the point, or to the hull edge that it lies beyond; `pT`
 /// becomes that triangle. With LOCATE_INSIDE, `edgeIndex` is the edge of the triangle that the point lies on,
-/// or -1. Touches nothing but triangles, and uses only the given predicates.
-int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, int& edgeIndex);
+/// or -1. After more than `maxSteps` steps it stops with LOCATE_TOO_FAR where it is. Touches nothing but
+/// triangles, and uses only the given predicates.
+int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, int& edgeIndex,
+                   int maxSteps = std::numeric_limits<int>::max());
 
 }  // namespace KELMAR_NORVIK2D
