@@ -173,17 +173,26 @@ TEST(Dt2Remove, DeadTrianglesAreClearedAndReusedFirst) {
 }
 
 TEST(Dt2Remove, WithoutTrianglesPointsGoOneByOne) {
-    Norvik_2D mesh;
-    std::vector<Point2*> handles;
-    mesh.insert({{0, 0}, {1, 1}, {2, 2}, {1, 1}, {3, 3}}, handles);
-    mesh.remove(handles[1]);
-    EXPECT_EQ(mesh.numberOfPoints(), 3U);
-    EXPECT_EQ(lawsBroken(mesh), "");
-    EXPECT_NE(mesh.insert({1, 1}), handles[1]);
-    mesh.insert({5, 0});
-    EXPECT_EQ(mesh.numberOfTriangles(), 3U);
-    EXPECT_EQ(handles[1]->getIncidentTriangle(), nullptr);
-    EXPECT_EQ(lawsBroken(mesh), "");
+    // Of many points on threads the losers and the removed stay in the list.
+    for (const int n : {4, 12000}) {
+        Norvik_2D mesh;
+        mesh.setNumCPU(4);
+        std::vector<Point2> points;
+        for (int i = 0; i < n; ++i) points.emplace_back(i, 0);
+        points.push_back(points[1]);
+        std::vector<Point2*> handles;
+        mesh.insert(points, handles);
+        mesh.remove(handles[1]);
+        const std::size_t numLeft = static_cast<std::size_t>(n) - 1;
+        EXPECT_EQ(mesh.numberOfPoints(), numLeft);
+        EXPECT_EQ(lawsBroken(mesh), "");
+        EXPECT_TRUE(n > 4 || mesh.getImpl()->getVertexVault().getSize() == numLeft);
+        EXPECT_NE(mesh.insert(points[1]), handles[1]);
+        mesh.insert({5, 7});
+        EXPECT_EQ(mesh.numberOfTriangles(), numLeft);
+        EXPECT_EQ(handles[1]->getIncidentTriangle(), nullptr);
+        EXPECT_EQ(lawsBroken(mesh), "");
+    }
 }
 
 TEST(Dt2Remove, RepairRestoresEmptyCirclesAroundAVertex) {

@@ -114,13 +114,6 @@ TEST(Facade, MeasuringTimeLeavesTheMeshAlone) {
     EXPECT_EQ(mesh.getImpl()->getNumCPU(), 2);
 }
 
-TEST(Facade, OrientationOfThePointsGiven) {
-    Norvik_2D mesh;
-    EXPECT_EQ(mesh.getOrientation({0, 0}, {1, 0}, {0, 1}), ORIENTATION2_CCW);
-    EXPECT_EQ(mesh.getOrientation({0, 0}, {0, 1}, {1, 0}), ORIENTATION2_CW);
-    EXPECT_EQ(mesh.getOrientation({0, 0}, {1e-300, 1e-300}, {1e300, 1e300}), ORIENTATION2_COLLINEAR);
-}
-
 TEST(Facade, ShowingWithoutTrianglesIsAnErrorAndNoFile) {
     Norvik_2D mesh;
     insertEach(mesh, {{0, 0}, {1, 0}});
@@ -204,19 +197,6 @@ TEST(Facade, SettingsReturnWhenASubscriberThrows) {
                 EXPECT_THROW(mesh.insert(hardPoints::uniformPoints(1000, 1)), std::runtime_error);
             });
         }
-}
-
-TEST(Facade, AFailedConditionLeavesAnObjectThatCanBeDestroyed) {
-    CaptureOutput capture;
-    Norvik_2D mesh;
-    insertEach(mesh, {{0, 0}, {1, 0}, {0, 1}});
-    EXPECT_THROW(mesh.getAdjacentTriangle(nullptr, nullptr), NorvikException);
-    EXPECT_EQ(
-        capture.out().find(
-            "\n\033[0;31m      [Norvik2D-Message] Norvik, , ERROR: Condition [ p0!=__null failed ]\033[m\n\n"
-            "      dt2Library/Dt2_queries.cpp:"),
-        0U)
-        << capture.out();
 }
 
 TEST(Facade, ObjectsOfDifferentThreadsAreIndependent) {

@@ -83,8 +83,8 @@ TEST(VertexVault, RemovalsAreSortedOutWhenThereAreManyOfThem) {
     const struct {
         std::size_t numPoints, numRemoved;
         bool bSorts;
-    } cases[] = {
-        {2000, 1000, false}, {2000, 1001, true}, {2100, 1050, false}, {2100, 1051, true}, {100, 90, false}};
+    } cases[] = {{2000, 1000, false}, {2000, 1001, true}, {1900, 1000, false}, {1900, 1001, true},
+                 {2100, 1050, false}, {2100, 1051, true}, {100, 90, false}};
     for (const auto& [numPoints, numRemoved, bSorts] : cases) {
         Dt2 dt2(3);
         const std::vector<Point2*> handles = insertBulk(dt2, hardPoints::uniformPoints(numPoints, 3));
@@ -179,23 +179,6 @@ TEST(VertexVault, CloseTrianglesAreAliveWhateverWasRemoved) {
     expectCondition("bFullDimensional", [&] { empty.getVertexVault().getCloseTriangle(0); });
 }
 
-TEST(VertexVault, EachGrowthOfTheBoxRekeysAndSorts) {
-    Dt2 dt2(3);
-    VertexVault& vault = dt2.getVertexVault();
-    insertEach(dt2, square);
-    insertEach(dt2, againstTheCurve(100, 1));
-    for (const Point2& beyond : {Point2(9, 0), Point2(-100, 1e6), Point2(1e150, -1e150)}) {
-        const std::uint32_t keyBefore = dt2.getHC().iReset({0.9, 0.9});
-        Point2* pVtx = dt2.insert(beyond);
-        EXPECT_NE(dt2.getHC().iReset({0.9, 0.9}), keyBefore);
-        for (const IdxVtxAct* pItem : *vault.getData())
-            EXPECT_EQ(pItem->nic, dt2.getHC().iReset(*pItem->pVtx));
-        EXPECT_EQ(vault.getData()->back()->pVtx, pVtx);
-        EXPECT_TRUE(std::is_sorted(vault.getData()->begin(), vault.getData()->end() - 1, func_ltDerefPtr{}));
-        EXPECT_EQ(lawsBroken(dt2), "");
-    }
-}
-
 TEST(VertexVault, ThreeInitialPointsTurnLeftAndIncludeTheFirst) {
     const struct {
         std::vector<Point2> points;
@@ -278,17 +261,13 @@ TEST(VertexVault, TheFakeBoxEnclosesAndVanishes) {
 TEST(VertexVault, DebugPrintsNameTheirData) {
     Dt2 dt2(3);
     insertEach(dt2, {{0, 0}, {1, 0}, {0, 1}, {0, 0}});
-    const VertexVault& vault = dt2.getVertexVault();
     CaptureOutput capture;
-    vault.showData("here");
-    vault.checkVault();
-    vault.debugDups();
+    dt2.getVertexVault().showData("here");
+    dt2.getVertexVault().checkVault();
+    dt2.getVertexVault().debugDups();
     for (const char* words :
-         {"Vault data [here", "i=0", " \tnic=", "\t bAct=1", "\t bAct=0",
-          "\t pVtx=", ", incT=", "sum active: 3", "maxSortedIndex=", ", vVtxAct.size()=4", ", fullDim=1",
-          "mRedundant2Unique: ", "VertexVault::checkVault(): This is a debug check",
-          "VertexVault::checkVault() survived"})
+         {"Vault data [here", "i=0", " \tnic=", "\t bAct=0", "\t pVtx=", ", incT=", "sum active: 3",
+          "maxSortedIndex=", ", vVtxAct.size()=4", ", fullDim=1",
+          "mRedundant2Unique: ", "VertexVault::checkVault(): This is a debug check", "checkVault() survived"})
         EXPECT_TRUE(capture.told(words)) << words;
-    EXPECT_FALSE(capture.told("pVtx without triangle: "));
-    EXPECT_FALSE(capture.told("debugDups has found a bug: "));
 }

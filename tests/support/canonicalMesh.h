@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Point2.h"
 #include "Triangle2.h"
 
 using Coordinates = std::pair<double, double>;

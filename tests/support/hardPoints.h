@@ -66,6 +66,7 @@ inline const Kind kinds[] = {
     {"duplicates", [](Rng& r) { return Point2(sign(r) * below(r, 3), sign(r) * below(r, 3)); }},
     {"huge", [](Rng& r) { return Point2(1e150 * around0(r), 1e150 * around0(r)); }},
     {"greatest", [](Rng& r) { return Point2((below(r, 7) - 3) * 5.9e307, (below(r, 7) - 3) * 5.9e307); }},
+    {"halfOverflowing", [](Rng& r) { return Point2(5e307 * around0(r), 5e307 * around0(r)); }},
     {"tiny", [](Rng& r) { return Point2(1e-300 * around0(r), 1e-300 * around0(r)); }},
     {"denormal", [](Rng& r) { return Point2(5e-324 * below(r, 12), 5e-324 * below(r, 12)); }},
     {"underflowingCircle", [](Rng& r) { return onCircle(r, 1e-78); }},

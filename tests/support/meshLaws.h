@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Point2.h"
 #include "Triangle2.h"
 #include "exactSigns.h"
 
