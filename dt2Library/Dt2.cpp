@@ -68,28 +68,56 @@ void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriang
 
 // ------------------------------------------------------------------------------------------ flips
 
-/// Whether the circumcircle across edge 0 of a triangle at the vertex contains the vertex. Of the triangle
-/// beyond only the far corner is new: the others are corners of this one.
-[[gnu::always_inline]] inline bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx) {
-    const Triangle2* pU = neighbour(pT, 0);
-    const Point2* pFar = corner(pU, indexOf(pU, pT));
-    const CircleVerdict verdict =
-        KelmarTest::inCircleFilter(corner(pT, 2), corner(pT, 1), pFar, coordinatesOf(pVtx));
+/// Whether the circumcircle across edge 0 of a triangle (vertex,a,b) contains the vertex, `pFar` being the corner beyond;
+/// null stands for the outside of the hull, which has no circle.
+[[gnu::always_inline]] inline bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx,
+                                                     const Point2* pA, const Point2* pB, const Point2* pFar) {
+    if (pFar == nullptr) [[unlikely]]
+        return false;
+    const CircleVerdict verdict = KelmarTest::inCircleFilter(pB, pA, pFar, pVtx);
     if (verdict != CircleVerdict::UNDECIDED) [[likely]]
         return verdict == CircleVerdict::INSIDE;
-    return predicates.exact_circleInc(pU, pVtx);
+    return predicates.exact_circleInc(neighbour(pT, 0), pVtx);
 }
 
-/// Depth first: the triangle that a flip has made is looked at before its partner, which stays on the stack.
+[[gnu::cold, gnu::noinline]] bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx) {
+    return isFlipWanted(pT, pVtx, corner(pT, 1), corner(pT, 2), farCornerOrNull(neighbour(pT, 0), pT));
+}
+
+/// The same for two triangles that follow each other counterclockwise around the vertex, (vertex,a,b) and (vertex,b,c):
+/// bits 0 and 1. What is told to be in registers anyway need not be looked up again: the corners, and those beyond, null
+/// outside the hull.
+[[gnu::always_inline]] inline unsigned Dt2::wantedFlips(const Triangle2* pT, const Triangle2* pNextT,
+                                                        const Point2* pVtx, const Point2* pA,
+                                                        const Point2* pB, const Point2* pC,
+                                                        const Point2* pFarAB, const Point2* pFarBC) {
+    if (pFarAB != nullptr && pFarBC != nullptr) [[likely]] {
+        const DoublePair q = coordinatesOf(pVtx);
+        const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
+        const CircleVerdicts verdicts =
+            KelmarTest::inCircleFilters(b, a, coordinatesOf(pFarAB) - q, c, b, coordinatesOf(pFarBC) - q);
+        if (verdicts.areDecided()) [[likely]]
+            return verdicts.inside;
+    }
+    return (isFlipWanted(pT, pVtx) ? 1U : 0U) | (isFlipWanted(pNextT, pVtx) ? 2U : 0U);
+}
+
+/// Flips what vCheckT asks for, and what the flips bring to light. Depth first: of the two triangles that a flip has made
+/// the partner goes on, and the other one waits on the stack. A test may be made long before its flip: no flip in between
+/// reaches the triangle across.
 NORVIK2D_HOT_LOOP void Dt2::flipUntilDelaunay(const Point2* pVtx) {
     while (!vCheckT.empty()) {
         Triangle2* pT = vCheckT.back();
         vCheckT.pop_back();
-        while (Triangle2* pU = neighbour(pT, 0)) {
-            if (!isFlipWanted(pT, pVtx) || isConstraint(pT, 0) || bNoFlips) break;
-            flipEdge(pT, 0);
-            vCheckT.push_back(pT);
-            pT = pU;
+        while (!isConstraint(pT, 0) && !bNoFlips) {
+            const auto [pU, b, w, c, pFarBW, pFarWC] = flipEdge(pT, 0);
+            const unsigned wanted = wantedFlips(pT, pU, pVtx, b, w, c, pFarBW, pFarWC);
+            if ((wanted & 2U) != 0) {
+                if ((wanted & 1U) != 0) vCheckT.push_back(pT);
+                pT = pU;
+            } else if ((wanted & 1U) == 0) {
+                break;
+            }
         }
     }
 }
@@ -187,7 +215,7 @@ Triangle2* Dt2::triangulateCoplanarOrDuplicate(Point2*& pVtx, Triangle2* pT, int
     return nullptr;
 }
 
-Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
+NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
     //         a
     //        /|\           T becomes (p,a,b), A is (p,b,c), B is (p,c,a)
     //       / p \          nX: the neighbour opposite x
@@ -207,16 +235,20 @@ Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
     setNeighbours(pA, nA, pB, pT);
     setCorners(pB, p, c, a);
     setNeighbours(pB, nB, pT, pA);
-    replaceNeighbour(nA, pT, pA);
-    replaceNeighbour(nB, pT, pB);
     setIncidentTriangle(p, pT);
     setIncidentTriangle(a, pT);
     setIncidentTriangle(b, pT);
     setIncidentTriangle(c, pB);
+    const Point2* const pFarA = replaceNeighbour(nA, pT, pA);
+    const Point2* const pFarB = replaceNeighbour(nB, pT, pB);
+    const Point2* const pFarC = farCornerOrNull(nC, pT);
 
-    if (nC != nullptr) vCheckT.push_back(pT);
-    if (nA != nullptr) vCheckT.push_back(pA);
-    if (nB != nullptr) vCheckT.push_back(pB);
+    // All tests before the first jump that depends on one: which way it goes can't be predicted.
+    const unsigned wanted = wantedFlips(pT, pA, p, a, b, c, pFarC, pFarA);
+    const bool bWantedB = isFlipWanted(pB, p, c, a, pFarB);
+    if ((wanted & 1U) != 0) vCheckT.push_back(pT);
+    if ((wanted & 2U) != 0) vCheckT.push_back(pA);
+    if (bWantedB) vCheckT.push_back(pB);
     return pT;
 }
 
@@ -258,10 +290,8 @@ Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
     replaceNeighbour(nDC, pU, pW);
     replaceNeighbour(nAB, pT, pU);
 
-    if (nCA != nullptr) vCheckT.push_back(pT);
-    if (nAB != nullptr) vCheckT.push_back(pU);
-    if (nBD != nullptr) vCheckT.push_back(pV);
-    if (nDC != nullptr) vCheckT.push_back(pW);
+    for (Triangle2* pSplitT : {pT, pU, pV, pW})
+        if (isFlipWanted(pSplitT, p)) vCheckT.push_back(pSplitT);
     return pT;
 }
 

@@ -188,6 +188,10 @@ private:
     Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
     bool sees(const Point2* pVtx, const Side& side);
     bool isFlipWanted(const Triangle2* pT, const Point2* pVtx);
+    bool isFlipWanted(const Triangle2* pT, const Point2* pVtx, const Point2* pA, const Point2* pB,
+                      const Point2* pFar);
+    unsigned wantedFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx, const Point2* pA,
+                         const Point2* pB, const Point2* pC, const Point2* pFarAB, const Point2* pFarBC);
 
     // Dt2_bulk.cpp
     using ItemIterator = VertexVault::ItemIterator;

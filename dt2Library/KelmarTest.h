@@ -1,6 +1,9 @@
 #pragma once
 
 #include <gmp.h>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include <cfloat>
 #include <cstring>
@@ -21,6 +24,7 @@ namespace KELMAR_NORVIK2D {
 /// Two doubles in one register. The first stages compute on pairs, each half with the operations and the
 /// order that their formulas tell: the results are those of plain arithmetic, with half the instructions.
 using DoublePair [[gnu::vector_size(16)]] = double;
+using BitPair [[gnu::vector_size(16)]] = long long;
 
 inline DoublePair coordinatesOf(const Point2* pPoint) noexcept {
     DoublePair xy;
@@ -33,6 +37,20 @@ inline DoublePair lowHalves(DoublePair a, DoublePair b) noexcept {
 }
 inline DoublePair highHalves(DoublePair a, DoublePair b) noexcept {
     return __builtin_shufflevector(a, b, 1, 3);
+}
+
+inline DoublePair magnitudes(DoublePair pair) noexcept {
+    constexpr long long allButSign = std::numeric_limits<long long>::max();
+    return reinterpret_cast<DoublePair>(reinterpret_cast<BitPair>(pair) & BitPair{allButSign, allButSign});
+}
+
+/// The sign bits of both halves of a comparison's result, or of a pair: bits 0 and 1.
+inline unsigned bitsOf(BitPair mask) noexcept {
+#ifdef __SSE2__
+    return static_cast<unsigned>(_mm_movemask_pd(reinterpret_cast<DoublePair>(mask)));
+#else
+    return (mask[0] < 0 ? 1U : 0U) | (mask[1] < 0 ? 2U : 0U);
+#endif
 }
 
 /// The products (a.x * b.y, a.y * b.x), whose difference is the cross product of a and b.
@@ -54,6 +72,13 @@ constexpr double underflowFloor = 1e-290;
 
 /// What a floating-point filter can say about a point and a circumcircle.
 enum class CircleVerdict { OUTSIDE, UNDECIDED, INSIDE };
+
+/// What it says of two: bits 0 and 1. A bit that is set in neither is undecided.
+struct CircleVerdicts {
+    unsigned inside, outside;
+
+    bool areDecided() const noexcept { return (inside | outside) == 3U; }
+};
 
 /// One engine of exact predicates: which way three points turn, whether a point lies in a circumcircle. Each
 /// decision is exact for the doubles given. The first stages are plain arithmetic with an error bound and
@@ -96,32 +121,40 @@ public:
     /// Last stage, without any filter.
     Orientation2 exact_getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
 
-    /// The in-circle filter for the counterclockwise triangle a, b, c and the point q. With all coordinates
-    /// relative to q and A, B, C the squared lengths of a, b, c, the determinant is (b x c) A + (c x a) B +
-    /// (a x b) C. The error bound comes from its permanent, the same sum with the magnitudes of all products,
-    /// so it adapts to the local magnitude and needs no static bound.
-    static CircleVerdict inCircleFilter(const Point2* pA, const Point2* pB, const Point2* pC, DoublePair q) {
-        const DoublePair a = coordinatesOf(pA) - q;
-        const DoublePair b = coordinatesOf(pB) - q;
-        const DoublePair c = coordinatesOf(pC) - q;
-        const DoublePair squaresA = a * a, squaresB = b * b, squaresC = c * c;
-        const DoublePair lengthsAB = lowHalves(squaresA, squaresB) + highHalves(squaresA, squaresB);
-        const double lengthC = squaresC[0] + squaresC[1];
-        const DoublePair detAndPermanent =
-            (crossAndMagnitude(b, c) * lengthsAB[0] + crossAndMagnitude(c, a) * lengthsAB[1]) +
-            crossAndMagnitude(a, b) * lengthC;
-        const double det = detAndPermanent[0];
-        const double bound = detAndPermanent[1] * inCircleErrorFactor;
+    /// The in-circle filter for two counterclockwise triangles a, b, c, whose corners are relative to the point in
+    /// question, one test in each half of the registers. With A, B, C the squared lengths of a, b, c, the determinant is
+    /// (b x c) A + (c x a) B + (a x b) C. The error bound comes from its permanent, the same sum with the magnitudes of
+    /// all products, so it adapts to the local magnitude and needs no static bound.
+    [[gnu::always_inline]] static CircleVerdicts inCircleFilters(DoublePair a0, DoublePair b0, DoublePair c0,
+                                                                 DoublePair a1, DoublePair b1,
+                                                                 DoublePair c1) noexcept {
+        const DoublePair ax = lowHalves(a0, a1), ay = highHalves(a0, a1);
+        const DoublePair bx = lowHalves(b0, b1), by = highHalves(b0, b1);
+        const DoublePair cx = lowHalves(c0, c1), cy = highHalves(c0, c1);
+        const DoublePair bxcy = bx * cy, bycx = by * cx, cxay = cx * ay, cyax = cy * ax, axby = ax * by,
+                         aybx = ay * bx;
+        const DoublePair lengthA = ax * ax + ay * ay, lengthB = bx * bx + by * by,
+                         lengthC = cx * cx + cy * cy;
+        const DoublePair det = ((bxcy - bycx) * lengthA + (cxay - cyax) * lengthB) + (axby - aybx) * lengthC;
+        const DoublePair permanent = ((magnitudes(bxcy) + magnitudes(bycx)) * lengthA +
+                                      (magnitudes(cxay) + magnitudes(cyax)) * lengthB) +
+                                     (magnitudes(axby) + magnitudes(aybx)) * lengthC;
+        const DoublePair bound = permanent * inCircleErrorFactor;
         // Products that underflow lose more than the bound knows of; they matter only where the bound itself
         // is tiny beside the squared lengths that multiply them.
-        if (!(bound >= underflowFloor * ((1.0 + lengthC) + (lengthsAB[0] + lengthsAB[1])))) [[unlikely]]
-            return CircleVerdict::UNDECIDED;
-        if (-bound > det) return CircleVerdict::OUTSIDE;
-        if (det > bound) return CircleVerdict::INSIDE;
-        return CircleVerdict::UNDECIDED;
+        const auto counts = bound >= underflowFloor * ((1.0 + lengthC) + (lengthA + lengthB));
+        return {bitsOf(counts & (det > bound)), bitsOf(counts & (-bound > det))};
+    }
+    static CircleVerdict inCircleFilter(const Point2* pA, const Point2* pB, const Point2* pC,
+                                        const Point2* pQ) noexcept {
+        const DoublePair q = coordinatesOf(pQ);
+        const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
+        const CircleVerdicts verdicts = inCircleFilters(a, b, c, a, b, c);
+        if (verdicts.inside != 0) return CircleVerdict::INSIDE;
+        return verdicts.outside != 0 ? CircleVerdict::OUTSIDE : CircleVerdict::UNDECIDED;
     }
     static CircleVerdict inCircleFilter(const Triangle2* pT, const Point2* pQ) {
-        return inCircleFilter(corner(pT, 0), corner(pT, 1), corner(pT, 2), coordinatesOf(pQ));
+        return inCircleFilter(corner(pT, 0), corner(pT, 1), corner(pT, 2), pQ);
     }
 
     /// Three-valued in-circle test: filter, then exact_circleInc3state.
@@ -156,17 +189,6 @@ public:
 private:
     friend Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
     friend Orientation2 getOrientation2_mt(const Point2* pA, const Point2* pB, const Point2* pC);
-
-    /// The cross product of two vectors, and the sum of the magnitudes of its two products.
-    static DoublePair crossAndMagnitude(DoublePair u, DoublePair v) {
-        using BitPair [[gnu::vector_size(16)]] = long long;
-        constexpr long long signBit = std::numeric_limits<long long>::min();
-        constexpr BitPair allButSign = {~signBit, ~signBit}, signOfSecond = {0, signBit};
-        const DoublePair products = crossProducts(u, v);
-        const auto magnitudes =
-            reinterpret_cast<DoublePair>((reinterpret_cast<BitPair>(products) & allButSign) | signOfSecond);
-        return lowHalves(products, magnitudes) - highHalves(products, magnitudes);
-    }
 
     /// Raises the bound for points that exceed it, by the sum of their magnitudes.
     void growStaticBound(const Point2* pA, const Point2* pB, const Point2* pC);

@@ -46,6 +46,11 @@ inline Point2* farCorner(const Triangle2* pT, int index) noexcept {
     return corner(pU, indexOf(pU, pT));
 }
 
+/// The corner of `pU` opposite its edge to `pT`; null if `pU` is, the outside of the hull.
+inline Point2* farCornerOrNull(const Triangle2* pU, const Triangle2* pT) noexcept {
+    return pU == nullptr ? nullptr : corner(pU, indexOf(pU, pT));
+}
+
 /// The next triangle counterclockwise around a corner, and the next one clockwise; null across the hull.
 inline Triangle2* nextAround(const Triangle2* pT, const Point2* pVtx) noexcept {
     return neighbour(pT, ccw(indexOf(pT, pVtx)));
@@ -115,15 +120,27 @@ inline void setNeighbour(Triangle2* pT, int index, Triangle2* pNeighbour) noexce
     MeshAccess::neighbour(pT, index) = pNeighbour;
 }
 
-/// Lets the back pointer of a neighbour follow: where `pT` points to `pOld` it points to `pNew` then. A null
-/// `pT`, the outside of the hull, is left alone.
-inline void replaceNeighbour(Triangle2* pT, const Triangle2* pOld, Triangle2* pNew) noexcept {
-    if (pT != nullptr) setNeighbour(pT, indexOf(pT, pOld), pNew);
+/// Lets the back pointer of a neighbour follow: where `pT` points to `pOld` it points to `pNew` then. Returns the corner
+/// opposite that edge. A null `pT`, the outside of the hull, is left alone, and gives null.
+inline Point2* replaceNeighbour(Triangle2* pT, const Triangle2* pOld, Triangle2* pNew) noexcept {
+    if (pT == nullptr) [[unlikely]]
+        return nullptr;
+    const int index = indexOf(pT, pOld);
+    setNeighbour(pT, index, pNew);
+    return corner(pT, index);
 }
 
 inline void setIncidentTriangle(Point2* pVtx, Triangle2* pT) noexcept {
     MeshAccess::incidentTriangle(pVtx) = pT;
 }
+
+/// What a flip leaves, in the names of the drawing below. The last two are the corners that the triangles across b-w and
+/// w-c don't share with T and U, null where there is no triangle.
+struct FlippedEdge {
+    Triangle2* pU;
+    Point2 *b, *w, *c;
+    Point2 *pFarBW, *pFarWC;
+};
 
 /// Exchanges the diagonal across an edge; both triangles survive.
 ///
@@ -132,7 +149,7 @@ inline void setIncidentTriangle(Point2* pVtx, Triangle2* pT) noexcept {
 ///     b --- c    ->     b  |  c       T becomes (a,b,w), U becomes (a,w,c)
 ///      \   /             \ | /
 ///        w                 w
-inline void flipEdge(Triangle2* pT, int edge) noexcept {
+[[gnu::always_inline]] inline FlippedEdge flipEdge(Triangle2* pT, int edge) noexcept {
     Triangle2* const pU = neighbour(pT, edge);
     const int j = indexOf(pU, pT);
     Point2* const a = corner(pT, edge);
@@ -144,16 +161,17 @@ inline void flipEdge(Triangle2* pT, int edge) noexcept {
     Triangle2* const pAcrossBW = neighbour(pU, ccw(j));
     Triangle2* const pAcrossWC = neighbour(pU, cw(j));
 
-    setCorners(pT, a, b, w);
-    setNeighbours(pT, pAcrossBW, pU, pAcrossAB);
-    setCorners(pU, a, w, c);
-    setNeighbours(pU, pAcrossWC, pAcrossCA, pT);
-    replaceNeighbour(pAcrossBW, pU, pT);
-    replaceNeighbour(pAcrossCA, pT, pU);
     setIncidentTriangle(b, pT);
     setIncidentTriangle(a, pU);
     setIncidentTriangle(w, pU);
     setIncidentTriangle(c, pU);
+    setCorners(pT, a, b, w);
+    setNeighbours(pT, pAcrossBW, pU, pAcrossAB);
+    setCorners(pU, a, w, c);
+    setNeighbours(pU, pAcrossWC, pAcrossCA, pT);
+    replaceNeighbour(pAcrossCA, pT, pU);
+    Point2* const pFarBW = replaceNeighbour(pAcrossBW, pU, pT);
+    return {pU, b, w, c, pFarBW, farCornerOrNull(pAcrossWC, pU)};
 }
 
 inline void makeDead(Triangle2* pT) noexcept {
