@@ -85,21 +85,32 @@ void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriang
 }
 
 /// The same for two triangles that follow each other counterclockwise around the vertex, (vertex,a,b) and (vertex,b,c):
-/// bits 0 and 1. What is told to be in registers anyway need not be looked up again: the corners, and those beyond, null
-/// outside the hull.
+/// bits 0 and 1.
 [[gnu::always_inline]] inline unsigned Dt2::wantedFlips(const Triangle2* pT, const Triangle2* pNextT,
                                                         const Point2* pVtx, const Point2* pA,
                                                         const Point2* pB, const Point2* pC,
                                                         const Point2* pFarAB, const Point2* pFarBC) {
+    CircleVerdicts verdicts{0, 0};
     if (pFarAB != nullptr && pFarBC != nullptr) [[likely]] {
         const DoublePair q = coordinatesOf(pVtx);
         const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
-        const CircleVerdicts verdicts =
+        verdicts =
             KelmarTest::inCircleFilters(b, a, coordinatesOf(pFarAB) - q, c, b, coordinatesOf(pFarBC) - q);
         if (verdicts.areDecided()) [[likely]]
             return verdicts.inside;
     }
-    return (isFlipWanted(pT, pVtx) ? 1U : 0U) | (isFlipWanted(pNextT, pVtx) ? 2U : 0U);
+    return decideFlips(pT, pNextT, pVtx, verdicts);
+}
+
+/// Decides what the filter has not, or could not because of the hull.
+unsigned Dt2::decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
+                          CircleVerdicts verdicts) {
+    const auto isWanted = [&](const Triangle2* pOneT, unsigned bit) {
+        if (((verdicts.inside | verdicts.outside) & bit) != 0) return (verdicts.inside & bit) != 0;
+        const Triangle2* pU = neighbour(pOneT, 0);
+        return pU != nullptr && predicates.exact_circleInc(pU, pVtx);
+    };
+    return (isWanted(pT, 1) ? 1U : 0U) | (isWanted(pNextT, 2) ? 2U : 0U);
 }
 
 /// Flips what vCheckT asks for, and what the flips bring to light. Depth first: of the two triangles that a flip has made
@@ -252,7 +263,7 @@ NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
     return pT;
 }
 
-Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
+NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
     //         a
     //      T / \           T becomes (p,c,a), U becomes (p,a,b),
     //       b-p-c          V is (p,b,d), W is (p,d,c)
@@ -286,12 +297,17 @@ Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
     for (Point2* pVtx : {p, c, d}) setIncidentTriangle(pVtx, pW);
     // Where b has three triangles only, nAB is nBD: it has to lose U on that side before it gets U on the
     // other.
-    replaceNeighbour(nBD, pU, pV);
-    replaceNeighbour(nDC, pU, pW);
-    replaceNeighbour(nAB, pT, pU);
+    const Point2* const pFarBD = replaceNeighbour(nBD, pU, pV);
+    const Point2* const pFarDC = replaceNeighbour(nDC, pU, pW);
+    const Point2* const pFarAB = replaceNeighbour(nAB, pT, pU);
+    const Point2* const pFarCA = farCornerOrNull(nCA, pT);
 
-    for (Triangle2* pSplitT : {pT, pU, pV, pW})
-        if (isFlipWanted(pSplitT, p)) vCheckT.push_back(pSplitT);
+    const unsigned wantedTU = wantedFlips(pT, pU, p, c, a, b, pFarCA, pFarAB);
+    const unsigned wantedVW = wantedFlips(pV, pW, p, b, d, c, pFarBD, pFarDC);
+    if ((wantedTU & 1U) != 0) vCheckT.push_back(pT);
+    if ((wantedTU & 2U) != 0) vCheckT.push_back(pU);
+    if ((wantedVW & 1U) != 0) vCheckT.push_back(pV);
+    if ((wantedVW & 2U) != 0) vCheckT.push_back(pW);
     return pT;
 }
 

@@ -192,6 +192,8 @@ private:
                       const Point2* pFar);
     unsigned wantedFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx, const Point2* pA,
                          const Point2* pB, const Point2* pC, const Point2* pFarAB, const Point2* pFarBC);
+    unsigned decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
+                         CircleVerdicts verdicts);
 
     // Dt2_bulk.cpp
     using ItemIterator = VertexVault::ItemIterator;

@@ -1,6 +1,7 @@
 #include "KelmarTest.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -97,6 +98,12 @@ int signOf(const Number& value) {
     return static_cast<int>(value > 0) - static_cast<int>(value < 0);
 }
 
+/// The binary exponent of a positive normal number, and back.
+int exponentOf(double value) { return static_cast<int>(std::bit_cast<std::uint64_t>(value) >> 52) - 1023; }
+double powerOfTwo(int exponent) {
+    return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+
 /// The exact sign where all differences are multiples of one power of two and less than 2^30 times that: the
 /// determinant then fits into 128 bits. Points of integer grids and of data with few digits end here.
 int gridInCircleSign(const CircleDifferences& d) {
@@ -104,8 +111,8 @@ int gridInCircleSign(const CircleDifferences& d) {
     const double greatest = d.greatestMagnitude();
     if (!(greatest > 1e-250 && greatest < 1e250)) return undecided;
 
-    const int exponent = std::ilogb(greatest);
-    const double scale = std::ldexp(1.0, 29 - exponent), unit = std::ldexp(1.0, exponent - 29);
+    const int exponent = exponentOf(greatest);
+    const double scale = powerOfTwo(29 - exponent), unit = powerOfTwo(exponent - 29);
     const double difference[6] = {d.ax.hi, d.ay.hi, d.bx.hi, d.by.hi, d.cx.hi, d.cy.hi};
     std::int64_t cell[6];
     for (int i = 0; i < 6; ++i) {
