@@ -1,9 +1,11 @@
 // Measures the library against another triangulator and prints a table of ratios; README.md tells how.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +14,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -81,8 +84,22 @@ void prepare(Peer& peer, const Workload& workload, const PointSet& points) {
     peer.insert();
 }
 
+/// Virtual machines give pages that have been idle for some seconds back to their host, which makes the next touch ten
+/// times as expensive and hits now one side, now the other. So the memory that a run may need is touched right before it:
+/// its pages still cost the kernel's work, as on a machine of one's own.
+void wakeMemory(std::size_t numPoints) {
+    constexpr std::size_t bytesPerPoint = 256;
+    const std::size_t numBytes = numPoints * bytesPerPoint;
+    void* const pMemory = mmap(nullptr, numBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pMemory == MAP_FAILED) throw std::bad_alloc();
+    madvise(pMemory, numBytes, MADV_HUGEPAGE);
+    std::memset(pMemory, 1, numBytes);
+    munmap(pMemory, numBytes);
+}
+
 /// The counter "work" is what both triangulators must agree about.
-void measureInsertion(benchmark::State& state, Peer& peer) {
+void measureInsertion(benchmark::State& state, Peer& peer, std::size_t numPoints) {
+    wakeMemory(numPoints);
     for (auto _ : state) peer.insert();
     state.counters["work"] = static_cast<double>(peer.numberOfTriangles());
     cleanUp(peer);
@@ -137,7 +154,8 @@ private:
 void registerPeer(const char* name, Peer& peer, const Workload& workload,
                   const std::vector<std::size_t>& ranks) {
     auto run = [&](benchmark::State& state) {
-        if (workload.operation == Operation::insertion) return measureInsertion(state, peer);
+        if (workload.operation == Operation::insertion)
+            return measureInsertion(state, peer, workload.numPoints);
         if (workload.operation == Operation::removal) return measureRemoval(state, peer, ranks);
         measureLocation(state, peer);
     };

@@ -90,25 +90,23 @@ void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriang
                                                         const Point2* pVtx, const Point2* pA,
                                                         const Point2* pB, const Point2* pC,
                                                         const Point2* pFarAB, const Point2* pFarBC) {
-    CircleVerdicts verdicts{0, 0};
-    if (pFarAB != nullptr && pFarBC != nullptr) [[likely]] {
-        const DoublePair q = coordinatesOf(pVtx);
-        const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
-        verdicts =
-            KelmarTest::inCircleFilters(b, a, coordinatesOf(pFarAB) - q, c, b, coordinatesOf(pFarBC) - q);
-        if (verdicts.areDecided()) [[likely]]
-            return verdicts.inside;
-    }
+    if (pFarAB == nullptr || pFarBC == nullptr) [[unlikely]]
+        return (isFlipWanted(pT, pVtx) ? 1U : 0U) | (isFlipWanted(pNextT, pVtx) ? 2U : 0U);
+    const DoublePair q = coordinatesOf(pVtx);
+    const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
+    const CircleVerdicts verdicts =
+        KelmarTest::inCircleFilters(b, a, coordinatesOf(pFarAB) - q, c, b, coordinatesOf(pFarBC) - q);
+    if (verdicts.areDecided()) [[likely]]
+        return verdicts.inside;
     return decideFlips(pT, pNextT, pVtx, verdicts);
 }
 
-/// Decides what the filter has not, or could not because of the hull.
+/// Decides what the filter has left undecided.
 unsigned Dt2::decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
                           CircleVerdicts verdicts) {
     const auto isWanted = [&](const Triangle2* pOneT, unsigned bit) {
         if (((verdicts.inside | verdicts.outside) & bit) != 0) return (verdicts.inside & bit) != 0;
-        const Triangle2* pU = neighbour(pOneT, 0);
-        return pU != nullptr && predicates.exact_circleInc(pU, pVtx);
+        return predicates.exact_circleInc(neighbour(pOneT, 0), pVtx);
     };
     return (isWanted(pT, 1) ? 1U : 0U) | (isWanted(pNextT, 2) ? 2U : 0U);
 }
