@@ -20,7 +20,6 @@ Dt2::Dt2(unsigned int numExpected) {
     pointPool.init(m, 3125000);
     trianglePool.init(2 * m + 10, 2083333);
     box.setPredicates(&predicates);
-    vCheckT.reserve(64);
 }
 
 int Dt2::setNumCPU(int n) {
@@ -57,78 +56,20 @@ void Dt2::storeRecycledT(const std::vector<Triangle2*>& vDeadT) {
 }
 
 void Dt2::getFreshTriangles(std::size_t n, std::vector<Triangle2*>& vFreshTriangles) {
-    const std::lock_guard lock(storesMutex);
     require(vFreshTriangles.empty(), "vFreshTriangles.empty()");
     vFreshTriangles.resize(n);
-    for (Triangle2*& pT : vFreshTriangles) {
-        pT = trianglePool.get();
-        makeDead(pT);
+    {
+        const std::lock_guard lock(storesMutex);
+        for (Triangle2*& pT : vFreshTriangles) pT = trianglePool.get();
     }
+    // The first touch of a record may cost a page, which other threads needn't wait for.
+    for (Triangle2* pT : vFreshTriangles) makeDead(pT);
 }
 
 // ------------------------------------------------------------------------------------------ flips
 
-/// Whether the circumcircle across edge 0 of a triangle (vertex,a,b) contains the vertex, `pFar` being the corner beyond;
-/// null stands for the outside of the hull, which has no circle.
-[[gnu::always_inline]] inline bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx,
-                                                     const Point2* pA, const Point2* pB, const Point2* pFar) {
-    if (pFar == nullptr) [[unlikely]]
-        return false;
-    const CircleVerdict verdict = KelmarTest::inCircleFilter(pB, pA, pFar, pVtx);
-    if (verdict != CircleVerdict::UNDECIDED) [[likely]]
-        return verdict == CircleVerdict::INSIDE;
-    return predicates.exact_circleInc(neighbour(pT, 0), pVtx);
-}
-
-[[gnu::cold, gnu::noinline]] bool Dt2::isFlipWanted(const Triangle2* pT, const Point2* pVtx) {
-    return isFlipWanted(pT, pVtx, corner(pT, 1), corner(pT, 2), farCornerOrNull(neighbour(pT, 0), pT));
-}
-
-/// The same for two triangles that follow each other counterclockwise around the vertex, (vertex,a,b) and (vertex,b,c):
-/// bits 0 and 1.
-[[gnu::always_inline]] inline unsigned Dt2::wantedFlips(const Triangle2* pT, const Triangle2* pNextT,
-                                                        const Point2* pVtx, const Point2* pA,
-                                                        const Point2* pB, const Point2* pC,
-                                                        const Point2* pFarAB, const Point2* pFarBC) {
-    if (pFarAB == nullptr || pFarBC == nullptr) [[unlikely]]
-        return (isFlipWanted(pT, pVtx) ? 1U : 0U) | (isFlipWanted(pNextT, pVtx) ? 2U : 0U);
-    const DoublePair q = coordinatesOf(pVtx);
-    const DoublePair a = coordinatesOf(pA) - q, b = coordinatesOf(pB) - q, c = coordinatesOf(pC) - q;
-    const CircleVerdicts verdicts =
-        KelmarTest::inCircleFilters(b, a, coordinatesOf(pFarAB) - q, c, b, coordinatesOf(pFarBC) - q);
-    if (verdicts.areDecided()) [[likely]]
-        return verdicts.inside;
-    return decideFlips(pT, pNextT, pVtx, verdicts);
-}
-
-/// Decides what the filter has left undecided.
-unsigned Dt2::decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
-                          CircleVerdicts verdicts) {
-    const auto isWanted = [&](const Triangle2* pOneT, unsigned bit) {
-        if (((verdicts.inside | verdicts.outside) & bit) != 0) return (verdicts.inside & bit) != 0;
-        return predicates.exact_circleInc(neighbour(pOneT, 0), pVtx);
-    };
-    return (isWanted(pT, 1) ? 1U : 0U) | (isWanted(pNextT, 2) ? 2U : 0U);
-}
-
-/// Flips what vCheckT asks for, and what the flips bring to light. Depth first: of the two triangles that a flip has made
-/// the partner goes on, and the other one waits on the stack. A test may be made long before its flip: no flip in between
-/// reaches the triangle across.
 NORVIK2D_HOT_LOOP void Dt2::flipUntilDelaunay(const Point2* pVtx) {
-    while (!vCheckT.empty()) {
-        Triangle2* pT = vCheckT.back();
-        vCheckT.pop_back();
-        while (!isConstraint(pT, 0) && !bNoFlips) {
-            const auto [pU, b, w, c, pFarBW, pFarWC] = flipEdge(pT, 0);
-            const unsigned wanted = wantedFlips(pT, pU, pVtx, b, w, c, pFarBW, pFarWC);
-            if ((wanted & 2U) != 0) {
-                if ((wanted & 1U) != 0) vCheckT.push_back(pT);
-                pT = pU;
-            } else if ((wanted & 1U) == 0) {
-                break;
-            }
-        }
-    }
+    flipper.flipUntilDelaunay(pVtx, [&](Triangle2* pT) { return !isConstraint(pT, 0) && !bNoFlips; });
 }
 
 /// Legalises the triangles of vRound, all of which have the vertex as corner 0; breadth first.
@@ -142,7 +83,7 @@ NORVIK2D_HOT_LOOP void Dt2::legaliseInRounds(const Point2* pVtx) {
             if (bNoFlips &&
                 predicates.getOrientation2(corner(pT, 1), corner(pT, 2), pVtx) != ORIENTATION2_COLLINEAR)
                 continue;
-            if (!isFlipWanted(pT, pVtx)) continue;
+            if (!flipper.isFlipWanted(pT, pVtx)) continue;
             flipEdge(pT, 0);
             vNextRound.push_back(pT);
             vNextRound.push_back(pU);
@@ -224,88 +165,16 @@ Triangle2* Dt2::triangulateCoplanarOrDuplicate(Point2*& pVtx, Triangle2* pT, int
     return nullptr;
 }
 
-NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* p) {
-    //         a
-    //        /|\           T becomes (p,a,b), A is (p,b,c), B is (p,c,a)
-    //       / p \          nX: the neighbour opposite x
-    //      b --- c
-    Point2* const a = corner(pT, 0);
-    Point2* const b = corner(pT, 1);
-    Point2* const c = corner(pT, 2);
-    Triangle2* const nA = neighbour(pT, 0);
-    Triangle2* const nB = neighbour(pT, 1);
-    Triangle2* const nC = neighbour(pT, 2);
+NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* pVtx) {
     Triangle2* const pA = takeTriangle();
-    Triangle2* const pB = takeTriangle();
-
-    setCorners(pT, p, a, b);
-    setNeighbours(pT, nC, pA, pB);
-    setCorners(pA, p, b, c);
-    setNeighbours(pA, nA, pB, pT);
-    setCorners(pB, p, c, a);
-    setNeighbours(pB, nB, pT, pA);
-    setIncidentTriangle(p, pT);
-    setIncidentTriangle(a, pT);
-    setIncidentTriangle(b, pT);
-    setIncidentTriangle(c, pB);
-    const Point2* const pFarA = replaceNeighbour(nA, pT, pA);
-    const Point2* const pFarB = replaceNeighbour(nB, pT, pB);
-    const Point2* const pFarC = farCornerOrNull(nC, pT);
-
-    // All tests before the first jump that depends on one: which way it goes can't be predicted.
-    const unsigned wanted = wantedFlips(pT, pA, p, a, b, c, pFarC, pFarA);
-    const bool bWantedB = isFlipWanted(pB, p, c, a, pFarB);
-    if ((wanted & 1U) != 0) vCheckT.push_back(pT);
-    if ((wanted & 2U) != 0) vCheckT.push_back(pA);
-    if (bWantedB) vCheckT.push_back(pB);
+    flipper.splitInThree(pT, pVtx, pA, takeTriangle());
     return pT;
 }
 
-NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* p, int edge) {
-    //         a
-    //      T / \           T becomes (p,c,a), U becomes (p,a,b),
-    //       b-p-c          V is (p,b,d), W is (p,d,c)
-    //      U \ /
-    //         d
-    Triangle2* const pU = neighbour(pT, edge);
-    require(pU != nullptr, "pNeigA!=__null");
-    const int j = indexOf(pU, pT);
-    Point2* const a = corner(pT, edge);
-    Point2* const b = corner(pT, ccw(edge));
-    Point2* const c = corner(pT, cw(edge));
-    Point2* const d = corner(pU, j);
-    Triangle2* const nCA = neighbour(pT, ccw(edge));
-    Triangle2* const nAB = neighbour(pT, cw(edge));
-    Triangle2* const nBD = neighbour(pU, ccw(j));
-    Triangle2* const nDC = neighbour(pU, cw(j));
-
+NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* pVtx, int edge) {
+    require(neighbour(pT, edge) != nullptr, "pNeigA!=__null");
     Triangle2* const pV = takeTriangle();
-    Triangle2* const pW = takeTriangle();
-
-    setCorners(pT, p, c, a);
-    setNeighbours(pT, nCA, pU, pW);
-    setCorners(pU, p, a, b);
-    setNeighbours(pU, nAB, pV, pT);
-    setCorners(pV, p, b, d);
-    setNeighbours(pV, nBD, pW, pU);
-    setCorners(pW, p, d, c);
-    setNeighbours(pW, nDC, pT, pV);
-    setIncidentTriangle(a, pU);
-    setIncidentTriangle(b, pV);
-    for (Point2* pVtx : {p, c, d}) setIncidentTriangle(pVtx, pW);
-    // Where b has three triangles only, nAB is nBD: it has to lose U on that side before it gets U on the
-    // other.
-    const Point2* const pFarBD = replaceNeighbour(nBD, pU, pV);
-    const Point2* const pFarDC = replaceNeighbour(nDC, pU, pW);
-    const Point2* const pFarAB = replaceNeighbour(nAB, pT, pU);
-    const Point2* const pFarCA = farCornerOrNull(nCA, pT);
-
-    const unsigned wantedTU = wantedFlips(pT, pU, p, c, a, b, pFarCA, pFarAB);
-    const unsigned wantedVW = wantedFlips(pV, pW, p, b, d, c, pFarBD, pFarDC);
-    if ((wantedTU & 1U) != 0) vCheckT.push_back(pT);
-    if ((wantedTU & 2U) != 0) vCheckT.push_back(pU);
-    if ((wantedVW & 1U) != 0) vCheckT.push_back(pV);
-    if ((wantedVW & 2U) != 0) vCheckT.push_back(pW);
+    flipper.splitInFour(pT, pVtx, edge, pV, takeTriangle());
     return pT;
 }
 

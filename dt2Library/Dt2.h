@@ -17,6 +17,7 @@
 #include "Point2.h"
 #include "Progress.h"
 #include "SimplePool.h"
+#include "StarFlipper.h"
 #include "Triangle2.h"
 #include "VertexVault.h"
 
@@ -57,6 +58,7 @@ public:
     VertexVault& getVertexVault() noexcept { return vertexVault; }
     Progress& getProgress() noexcept { return progress; }
     KelmarTest* getPredicates() noexcept { return &predicates; }
+    const Bbox2& getBox() const noexcept { return box; }
     const HC2& getHC() const noexcept { return hc; }
     const SimplePool<Point2>& getVertexPool() const noexcept { return pointPool; }
 
@@ -84,8 +86,8 @@ public:
     Triangle2* insertVertex(Point2*& pVtx, Triangle2* pStartT);
     int locateConflictTriangle(const Point2* pVtx, Triangle2*& pT, int& edgeIndex);
     Triangle2* triangulateCoplanarOrDuplicate(Point2*& pVtx, Triangle2* pT, int code);
-    /// The split of a triangle in three, of the two triangles at an inner edge in four. Suspect edges go to
-    /// vCheckT.
+    /// The split of a triangle in three, of the two triangles at an inner edge in four. Triangles with an edge to be
+    /// flipped go to vCheckT.
     Triangle2* initVCheckT13(Triangle2* pT, Point2* pVtx);
     Triangle2* initVCheckT24(Triangle2* pT, Point2* pVtx, int edge);
     /// Exchanges the diagonal across an edge without testing anything. The corner opposite that edge becomes
@@ -115,6 +117,9 @@ public:
     /// Makes the first triangle and inserts all stored points, the first `numPreExistingVtx` of the list
     /// before the others. False if all are collinear.
     bool createFullDimTriangle(std::size_t numPreExistingVtx);
+    using ItemSpan = VertexVault::ItemSpan;
+    /// Inserts the items [first, last) of a list in Hilbert order on the calling thread.
+    void triangulateRec(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT);
     /// Seconds that a bulk insertion of the points takes.
     double measureTrianguluationTime(int numCPU_, const std::vector<Point2>& points);
 
@@ -187,26 +192,17 @@ private:
     void legaliseInRounds(const Point2* pVtx);
     Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
     bool sees(const Point2* pVtx, const Side& side);
-    bool isFlipWanted(const Triangle2* pT, const Point2* pVtx);
-    bool isFlipWanted(const Triangle2* pT, const Point2* pVtx, const Point2* pA, const Point2* pB,
-                      const Point2* pFar);
-    unsigned wantedFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx, const Point2* pA,
-                         const Point2* pB, const Point2* pC, const Point2* pFarAB, const Point2* pFarBC);
-    unsigned decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
-                         CircleVerdicts verdicts);
 
     // Dt2_bulk.cpp
-    using ItemIterator = VertexVault::ItemIterator;
     void takeIntoBox(const Bbox2& newPoints);
     bool wantsFakeBox() const;
     void startProgress(const char* title, std::size_t numPoints);
     void triangulateNew(std::size_t numPoints, std::size_t numPreExistingVtx, bool bOldOnesWait,
                         std::vector<Point2*>* pHandles);
     void triangulateOldThenNew(std::size_t numPreExistingVtx, Triangle2* pStartT);
-    Triangle2* insertItem(ItemIterator item, Triangle2* pStartT);
-    Triangle2* closestInList(ItemIterator item, Triangle2* pT);
-    void triangulateGate(ItemIterator first, ItemIterator last, Triangle2* pStartT);
-    void triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStartT);
+    Triangle2* insertItem(ItemSpan items, std::size_t index, Triangle2* pStartT);
+    Triangle2* closestInList(ItemSpan items, std::size_t index, Triangle2* pT);
+    void triangulateGate(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT);
 
     // Dt2_removal.cpp
     bool collectUmbrella(const Point2* pVtx);
@@ -237,7 +233,7 @@ private:
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run
 
     // Scratch lists of insertion and removal
-    std::vector<Triangle2*> vCheckT;  ///< stack of the flip loop; the new vertex is corner 0 of each
+    StarFlipper flipper{predicates};
     std::vector<Side> vHullLeft, vHullRight;
     std::vector<Triangle2*> vRound, vNextRound;
     std::vector<Triangle2*> vUmbrellaT;

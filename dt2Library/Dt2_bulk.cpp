@@ -4,7 +4,9 @@
 #include <limits>
 
 #include "Dt2.h"
+#include "InserterMT.h"
 #include "diagnostics.h"
+#include "insertMiddleFirst.h"
 #include "require.h"
 #include "walk.h"
 
@@ -41,19 +43,6 @@ BoxCollector collectBox(const std::vector<Point2>& points) {
     BoxCollector collector;
     for (const Point2& point : points) collector.add(point.x(), point.y());
     return collector;
-}
-
-double squaredDistance(const Point2* pA, const Point2* pB) {
-    const double dx = pA->x() - pB->x(), dy = pA->y() - pB->y();
-    return dx * dx + dy * dy;
-}
-
-/// Of a triangle and the one at another vertex, which may be null or have none: where a walk to `pVtx` better
-/// starts.
-Triangle2* closerStart(const Point2* pVtx, Triangle2* pStartT, const Point2* pOther) {
-    if (pOther == nullptr || pOther->getIncidentTriangle() == nullptr) return pStartT;
-    const bool bOtherIsCloser = squaredDistance(pVtx, pOther) < squaredDistance(pVtx, corner(pStartT, 0));
-    return bOtherIsCloser ? pOther->getIncidentTriangle() : pStartT;
 }
 
 void warnNonFinite() { warning("Dt2::insert()", "non-finite coordinates, nothing done"); }
@@ -154,9 +143,9 @@ void Dt2::triangulateNew(std::size_t numPoints, std::size_t numPreExistingVtx, b
     } else if (bOldOnesWait) {
         triangulateOldThenNew(numPreExistingVtx, vertexVault.getFakeBoxCorner(0)->getIncidentTriangle());
     } else {
-        ItemIterator first, last;
-        vertexVault.getIterators(numPreExistingVtx, first, last);
-        triangulateGate(first, last, vertexVault.getCloseTriangle((*first)->nic));
+        const ItemSpan items = vertexVault.getItems();
+        triangulateGate(items, numPreExistingVtx, items.size(),
+                        vertexVault.getCloseTriangle(items[numPreExistingVtx]->nic));
     }
     vertexVault.treatDupsAndHandles(pHandles);
     require(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
@@ -176,54 +165,36 @@ bool Dt2::createFullDimTriangle(std::size_t numPreExistingVtx) {
 /// Older vertices enter first, because of two equal points the earlier one is to stay. The first triangle's
 /// own corners are found as duplicates of themselves, which registers nothing.
 void Dt2::triangulateOldThenNew(std::size_t numPreExistingVtx, Triangle2* pStartT) {
-    ItemIterator first, last;
-    vertexVault.getIterators(0, first, last);
-    require(numPreExistingVtx <= static_cast<std::size_t>(last - first),
-            "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
-    const ItemIterator split = first + static_cast<std::ptrdiff_t>(numPreExistingVtx);
-    if (first != split) triangulateGate(first, split, pStartT);
-    if (split != last) triangulateGate(split, last, pStartT);
+    const ItemSpan items = vertexVault.getItems();
+    require(numPreExistingVtx <= items.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
+    if (numPreExistingVtx > 0) triangulateGate(items, 0, numPreExistingVtx, pStartT);
+    if (numPreExistingVtx < items.size()) triangulateGate(items, numPreExistingVtx, items.size(), pStartT);
 }
 
-void Dt2::triangulateGate(ItemIterator first, ItemIterator last, Triangle2* pStartT) {
-    triangulateRec(first, last, pStartT);
-}
-
-/// The middle of a stretch first: early vertices spread over the whole area, and each walk starts next to its
-/// end.
-void Dt2::triangulateRec(ItemIterator first, ItemIterator last, Triangle2* pStartT) {
-    // The vertex behind the stretch came in earlier, as the middle of a longer one. Where the curve jumps it
-    // is the closer of both ends.
-    const Point2* const pBehind = last == vertexVault.end() ? nullptr : (*last)->pVtx;
-    if (last - first <= shortStretch) {
-        for (; first != last; ++first) {
-            if (!(*first)->bAct) continue;
-            pStartT = insertItem(first, closerStart((*first)->pVtx, pStartT, pBehind));
-        }
-        return;
+/// Many items go to several threads, where a fake box stands around all of them.
+void Dt2::triangulateGate(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT) {
+    if (numCPU >= 2 && last - first >= InserterMT::leastItems && vertexVault.hasFakeBox()) {
+        InserterMT(this).go(items.subspan(first, last - first));
+    } else {
+        triangulateRec(items, first, last, pStartT);
     }
-    const ItemIterator mid = first + (last - first) / 2;
-    Triangle2* pNearT = pStartT;
-    if ((*mid)->bAct) pNearT = insertItem(mid, closerStart((*mid)->pVtx, pStartT, pBehind));
-    triangulateRec(first, mid, pNearT);
-    // A duplicate has no triangle of its own; the one where it was found is still alive, as insertion kills
-    // none.
-    Triangle2* pIncT = (*mid)->pVtx->getIncidentTriangle();
-    if (pIncT == nullptr) pIncT = pNearT;
-    require(pIncT != nullptr, "pIncT!=NULL");
-    triangulateRec(mid + 1, last, pIncT);
+}
+
+void Dt2::triangulateRec(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT) {
+    insertMiddleFirst(items, first, last, pStartT,
+                      [&](std::size_t i, Triangle2* pNearT) { return insertItem(items, i, pNearT); });
 }
 
 /// Where the curve jumps along a fan of thin triangles, as between points on a circle, a walk may cross all of it.
 /// Then it is cheaper to look for a closer start among the vertices that are in already.
-Triangle2* Dt2::insertItem(ItemIterator item, Triangle2* pStartT) {
+Triangle2* Dt2::insertItem(ItemSpan items, std::size_t index, Triangle2* pStartT) {
     constexpr int maxSteps = 64;
-    Point2*& pVtx = (*item)->pVtx;
+    Point2*& pVtx = items[index]->pVtx;
     int edge = -1;
     Triangle2* pT = pStartT;
     int code = walkToConflict(predicates, pVtx, pT, edge, maxSteps);
     if (code == LOCATE_TOO_FAR) {
-        pT = closestInList(item, pT);
+        pT = closestInList(items, index, pT);
         code = walkToConflict(predicates, pVtx, pT, edge);
     }
     return insertLocated(pVtx, pT, code, edge);
@@ -231,20 +202,19 @@ Triangle2* Dt2::insertItem(ItemIterator item, Triangle2* pStartT) {
 
 /// A triangle at a vertex close to the item's, at least as close as corner 0 of `pT`. Looks at powers of two on both
 /// sides in the list, goes to the closest of them, and on from there with smaller ones.
-Triangle2* Dt2::closestInList(ItemIterator item, Triangle2* pT) {
-    ItemIterator begin, end;
-    vertexVault.getIterators(0, begin, end);
-    const Point2* const pVtx = (*item)->pVtx;
+Triangle2* Dt2::closestInList(ItemSpan items, std::size_t index, Triangle2* pT) {
+    const Point2* const pVtx = items[index]->pVtx;
     double least = squaredDistance(pVtx, corner(pT, 0));
-    std::ptrdiff_t position = item - begin;
-    auto reach = static_cast<std::ptrdiff_t>(std::bit_floor(static_cast<std::size_t>(end - begin)));
+    const auto size = static_cast<std::ptrdiff_t>(items.size());
+    auto position = static_cast<std::ptrdiff_t>(index);
+    auto reach = static_cast<std::ptrdiff_t>(std::bit_floor(items.size()));
     for (bool bCloser = true; bCloser;) {
         bCloser = false;
         const std::ptrdiff_t center = position;
         for (std::ptrdiff_t offset = reach; offset > 0; offset /= 2) {
             for (const std::ptrdiff_t candidate : {center - offset, center + offset}) {
-                if (candidate < 0 || candidate >= end - begin) continue;
-                const Point2* pCandidate = begin[candidate]->pVtx;
+                if (candidate < 0 || candidate >= size) continue;
+                const Point2* pCandidate = items[static_cast<std::size_t>(candidate)]->pVtx;
                 if (pCandidate->getIncidentTriangle() == nullptr) continue;
                 const double distance = squaredDistance(pVtx, pCandidate);
                 if (!(distance < least)) continue;

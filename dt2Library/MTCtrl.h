@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "byAddress.h"
@@ -16,12 +17,11 @@ namespace KELMAR_NORVIK2D {
 template <class T>
 class MTCtrl {
 public:
-    explicit MTCtrl(std::vector<T>& vTasks) {
-        vPending.reserve(vTasks.size());
-        for (T& task : vTasks) vPending.push_back(&task);
+    explicit MTCtrl(std::vector<T*> vTasks) : vPending(std::move(vTasks)) {
         std::sort(vPending.begin(), vPending.end(),
                   [](const T* pA, const T* pB) { return ByAddress{}(pB, pA); });
     }
+    explicit MTCtrl(std::vector<T>& vTasks) : MTCtrl(pointersTo(vTasks)) {}
 
     /// Runs `method` of every task on `numThreads` threads and returns when all are done. Where the system
     /// refuses to start a thread the job goes on with those that run, in the end with the caller's own.
@@ -37,6 +37,12 @@ public:
     }
 
 private:
+    static std::vector<T*> pointersTo(std::vector<T>& vTasks) {
+        std::vector<T*> vPointers;
+        for (T& task : vTasks) vPointers.push_back(&task);
+        return vPointers;
+    }
+
     void startCPU(void (T::*method)()) {
         while (T* pTask = takeTask()) (pTask->*method)();
     }

@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,6 +34,7 @@ enum SortMode { SORT_ALWAYS = 0, SORT_IF_NEEDED = 1 };
 class VertexVault {
 public:
     using ItemList = std::vector<IdxVtxAct*>;
+    using ItemSpan = std::span<IdxVtxAct* const>;
     using ItemIterator = ItemList::iterator;
     using ConstItemIterator = ItemList::const_iterator;
 
@@ -64,7 +66,7 @@ public:
     const ItemList* getData() const noexcept { return &vIdxVtxAct; }
     void getIterators(std::size_t first, ItemIterator& begin, ItemIterator& end);
     void getIterators(std::size_t first, ConstItemIterator& begin, ConstItemIterator& end) const;
-    ItemIterator end() noexcept { return vIdxVtxAct.end(); }
+    ItemSpan getItems() noexcept { return vIdxVtxAct; }
     std::size_t getSize() const noexcept { return vIdxVtxAct.size(); }
     bool empty() const noexcept { return vIdxVtxAct.empty(); }
     std::size_t computeNumberOfPoints() const;

@@ -68,6 +68,29 @@ double getArea2D(const Point2& p0, const Point2& p1, const Point2& p2) {
         computeArea(Vector2(p1, p2).length(), Vector2(p2, p0).length(), Vector2(p0, p1).length()));
 }
 
+Point2 getFootPoint(const Point2& p0, const Point2& p1, const Point2& q) {
+    RoundToNearest nearest;
+    const Vector2 line(p0, p1);
+    const double length = line.length();
+    if (length == 0.0) {
+        warning("getFootPoint()", "len2d==0");
+        if (p0 == p1) warning("getFootPoint()", "p0==p1, invalid parameters");
+        return {-999.0, -999.0};
+    }
+    const Vector2 u = line / length;
+    const double t = u.y() * (q.y() - p0.y()) + (q.x() - p0.x()) * u.x();
+    return {nearest.keep(p0.x() + t * u.x()), nearest.keep(p0.y() + t * u.y())};
+}
+
+double getPointLineDistance2D(const Point2& p0, const Point2& p1, const Point2& q) {
+    RoundToNearest nearest;
+    if (p0 == p1) {
+        error("getPointLineDistance2D(..)", "p0==p1");
+        return 0.0;
+    }
+    return nearest.keep(Vector2(q, getFootPoint(p0, p1, q)).length());
+}
+
 Bbox2 getBox(const std::vector<Point2>& points) {
     Bbox2 box;
     box.add(points.data(), points.data() + points.size());

@@ -16,7 +16,7 @@ using KeyIndex = std::pair<std::uint32_t, std::uint32_t>;
 constexpr unsigned hilbertKeyBits = 30;
 
 /// Bulk insertion takes stretches of this length in list order without looking closer.
-constexpr int shortStretch = 15;
+constexpr std::size_t shortStretch = 15;
 
 /// Orders the points within each run of equal keys along the curve over the run's own box, and so on in what
 /// remains equal then. The keys of a triangulation have one fixed grid over the whole box; without this the

@@ -16,6 +16,7 @@
 #include "Triangle2.h"
 #include "TriangleAroundVertexIterator.h"
 #include "Vector2.h"
+#include "VertexPair2.h"
 #include "Visualizer2.h"
 #include "diagnostics.h"
 #include "fileFunctions.h"

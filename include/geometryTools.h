@@ -43,6 +43,12 @@ NORVIK2D_EXPORT Point2 barycenter(const Point2& p0, const Point2& p1, const Poin
 NORVIK2D_EXPORT double computeArea(double a, double b, double c);
 NORVIK2D_EXPORT double getArea2D(const Point2& p0, const Point2& p1, const Point2& p2);
 
+/// The foot of the perpendicular from `q` to the line through `p0` and `p1`. Without a line, a warning and (-999,-999).
+NORVIK2D_EXPORT Point2 getFootPoint(const Point2& p0, const Point2& p1, const Point2& q);
+
+/// The distance of `q` from the line through `p0` and `p1`. For equal points an error message, and 0.
+NORVIK2D_EXPORT double getPointLineDistance2D(const Point2& p0, const Point2& p1, const Point2& q);
+
 /// The tight box of the points; an empty (invalid) box for none.
 NORVIK2D_EXPORT Bbox2 getBox(const std::vector<Point2>& points);
 NORVIK2D_EXPORT Bbox2 getBox(const std::vector<Point2*>& points);

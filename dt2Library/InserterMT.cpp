@@ -1,0 +1,132 @@
+#include "InserterMT.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <thread>
+
+#include "Dt2.h"
+#include "MTCtrl.h"
+#include "require.h"
+
+namespace KELMAR_NORVIK2D {
+
+InserterMT::InserterMT(Dt2* pDt2_) : pDt2(pDt2_), box(pDt2_->getBox()) {}
+
+InserterMT::~InserterMT() {
+    for (Chunk* pChunk : vChunks) std::destroy_at(pChunk);
+}
+
+void InserterMT::go(ItemSpan items) {
+    const auto numChunks = static_cast<unsigned long>(2.0 * std::sqrt(static_cast<double>(items.size())));
+    std::vector<IdxVtxAct*> vDenseVtx;
+    splitSmallBig(5 * numChunks, items, vDenseVtx, vSparseVtx);
+    require(vDenseVtx.size() + vSparseVtx.size() == items.size(),
+            "vDenseVtx.size()+vSparseVtx.size()==(size_t)distance(start_it,end_it)");
+    require(!vSparseVtx.empty(), "!vSparseVtx.empty()");
+    Triangle2* pStartT = pDt2->getVertexVault().getFakeBoxCorner(0)->getIncidentTriangle();
+    require(pStartT != nullptr, "pStartT!=__null");
+    pDt2->triangulateRec(vSparseVtx, 0, vSparseVtx.size(), pStartT);
+
+    createChunks(numChunks, vDenseVtx, vChunks);
+    startWork(pDt2->getNumCPU());
+    for (Chunk* pChunk : vChunks) pChunk->finalize();
+    pDt2->getProgress().incProgress(vDenseVtx.size());
+}
+
+void InserterMT::splitSmallBig(unsigned long numSparse, ItemSpan items, std::vector<IdxVtxAct*>& vDenseVtx,
+                               std::vector<IdxVtxAct*>& vSparseVtx) {
+    const std::size_t step = items.size() / std::min<std::size_t>(items.size() / 2, numSparse);
+    vDenseVtx.reserve(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i)
+        (i % (step + 1) == step ? vSparseVtx : vDenseVtx).push_back(items[i]);
+}
+
+void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxAct*>& vDenseVtx,
+                              std::vector<Chunk*>& vChunks_) {
+    const std::size_t numDense = vDenseVtx.size(), size = std::max<std::size_t>(numDense / numChunks, 1);
+    const std::size_t greatestRest = std::min<std::size_t>(size / 3, 999);
+    const std::size_t denseOfOneSparse = numDense / vSparseVtx.size() + 1;
+    chunkPool.init(static_cast<int>(numDense / size) + 1, static_cast<int>(numChunks));
+    for (const IdxVtxAct* pItem : vDenseVtx) pointBox.add(*pItem->pVtx);
+    for (std::size_t first = 0; first < numDense;) {
+        std::size_t last = std::min(first + size, numDense);
+        if (numDense - last <= greatestRest) last = numDense;
+        // Sparse and dense vertices alternate along the curve: this one is close.
+        const Point2* pNearVtx = vSparseVtx[std::min(first / denseOfOneSparse, vSparseVtx.size() - 1)]->pVtx;
+        if (pNearVtx->getIncidentTriangle() == nullptr) pNearVtx = pDt2->getVertexVault().getFakeBoxCorner(0);
+        vChunks_.push_back(::new (chunkPool.get()) Chunk(
+            pDt2, box, pointBox, static_cast<int>(vChunks_.size()), vDenseVtx, first, last, pNearVtx));
+        first = last;
+    }
+    MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
+}
+
+/// Chunks that cover everything can only run alone. They come last, on the calling thread.
+void InserterMT::startWork(int numThreads) {
+    require(sStartedChunks.empty(), "sStartedChunks.empty()");
+    for (auto it = vChunks.rbegin(); it != vChunks.rend(); ++it)
+        if (!(*it)->coversAll()) vPending.push_back({(*it)->getExtBox(), *it});
+    std::vector<std::thread> vWorkers;
+    vWorkers.reserve(static_cast<std::size_t>(numThreads));
+    try {
+        for (int i = 0; i < numThreads; ++i) vWorkers.emplace_back(startCPU, this);
+    } catch (...) {
+        // Where the system refuses to start a thread the job goes on with those that run and this one.
+        startCPU(this);
+    }
+    for (std::thread& worker : vWorkers) worker.join();
+    for (Chunk* pChunk : vChunks)
+        if (pChunk->coversAll()) pChunk->insert();
+}
+
+Chunk* InserterMT::getWork() {
+    const std::lock_guard lock(mutex);
+    return takeFirstFree();
+}
+
+/// With no chunk started the first pending one is free: nobody waits for ever.
+Chunk* InserterMT::waitForWork() {
+    std::unique_lock lock(mutex);
+    while (!vPending.empty()) {
+        if (Chunk* pChunk = takeFirstFree()) return pChunk;
+        chunkEnded.wait(lock);
+    }
+    return nullptr;
+}
+
+Chunk* InserterMT::takeFirstFree() {
+    const auto isFree = [&](const Pending& pending) {
+        return std::none_of(sStartedChunks.begin(), sStartedChunks.end(), [&](const Chunk* pStarted) {
+            return pending.extBox.doIntersect(pStarted->getExtBox());
+        });
+    };
+    const auto first = std::find_if(vPending.rbegin(), vPending.rend(), isFree);
+    if (first == vPending.rend()) return nullptr;
+    Chunk* const pChunk = first->pChunk;
+    vPending.erase(std::next(first).base());
+    sStartedChunks.push_back(pChunk);
+    return pChunk;
+}
+
+void InserterMT::takeBack(Chunk* pChunk) {
+    const std::lock_guard lock(mutex);
+    std::erase(sStartedChunks, pChunk);
+    chunkEnded.notify_all();
+}
+
+void startCPU(void* pInserter) {
+    auto* const pInserterMT = static_cast<InserterMT*>(pInserter);
+    while (Chunk* pChunk = pInserterMT->waitForWork()) {
+        pChunk->insert();
+        pInserterMT->takeBack(pChunk);
+    }
+}
+
+void InserterMT::showActive(Visualizer2* pVisualizer) {
+    const std::lock_guard lock(mutex);
+    for (const Chunk* pChunk : sStartedChunks) pChunk->show(pVisualizer);
+}
+
+}  // namespace KELMAR_NORVIK2D
