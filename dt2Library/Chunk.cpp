@@ -41,6 +41,8 @@ void Chunk::setBounds() {
 
 namespace {
 
+double distance(const Point2& a, const Point2& b) { return std::sqrt(squaredDistance(&a, &b)); }
+
 /// Whether a computed circumcircle is right to a thousandth of its radius, which the margins of an area bear easily. It is
 /// computed anew, from the corner opposite the longest edge, where all errors but that of the determinant are a few last
 /// places.
@@ -71,11 +73,22 @@ bool doesBallIntersect(const Point2& a, const Point2& b, const Point2& center, d
     const double r = 1.05 * radius;
     const bool bUpright = a.x() == b.x();
     if (std::fabs(bUpright ? center.x() - a.x() : center.y() - a.y()) > r) return false;
-    if (Vector2(a, center).length() <= r || Vector2(b, center).length() <= r) return true;
+    if (distance(a, center) <= r || distance(b, center) <= r) return true;
     const auto isBetween = [](double value, double end0, double end1) {
         return std::min(end0, end1) <= value && value <= std::max(end0, end1);
     };
     return bUpright ? isBetween(center.y(), a.y(), b.y()) : isBetween(center.x(), a.x(), b.x());
+}
+
+/// The share of the second box that lies in the first one.
+double sharedPart(const Bbox2& box, const Bbox2& whole) {
+    const auto part = [](double least, double greatest, double wholeLeast, double wholeGreatest) {
+        const double common = std::min(greatest, wholeGreatest) - std::max(least, wholeLeast);
+        return common >= wholeGreatest - wholeLeast ? 1.0
+                                                    : std::max(common, 0.0) / (wholeGreatest - wholeLeast);
+    };
+    return part(box.getMinX(), box.getMaxX(), whole.getMinX(), whole.getMaxX()) *
+           part(box.getMinY(), box.getMaxY(), whole.getMinY(), whole.getMaxY());
 }
 
 /// A range without extent gets one, but stays where the fake box still encloses it.
@@ -114,7 +127,7 @@ struct Chunk::CircleTable {
         if (circle.pT == nullptr) {
             ++numUsed;
             const auto [center, bReliable] = pT->getDual();
-            const double radius = Vector2(center, *corner(pT, 0)).length();
+            const double radius = distance(center, *corner(pT, 0));
             const bool bTrusted = bReliable && isTrustworthy(pT, center, radius);
             circle = {pT, center, radius, bReliable, bTrusted, false, -1};
         }
@@ -162,13 +175,13 @@ void Chunk::determineExtBox() {
     Bbox2 circleBox = box;
     std::vector<Point2> corners;
     box.getCorners(corners);
-    for (std::size_t side = 0; side < 4 && !bCoversAll; ++side) {
+    for (std::size_t side = 0; side < 4 && !bRunsAlone; ++side) {
         pT = walkTo(corners[side], pT);
         grow(corners[side], corners[(side + 1) % 4], pT, static_cast<int>(side), circles, circleBox);
     }
-    if (!bCoversAll) addRing(circles, circleBox);
+    if (!bRunsAlone) addRing(circles, circleBox);
     std::vector<Triangle2*>().swap(vTriangles);
-    if (bCoversAll) {
+    if (bRunsAlone) {
         extBox.add(Point2(pBox->getMinX(), pBox->getMinY()));
         extBox.add(Point2(pBox->getMaxX(), pBox->getMaxY()));
         return;
@@ -197,7 +210,7 @@ void Chunk::grow(const Point2& a, const Point2& b, Triangle2* pStartT, int side,
         vOpen.pop_back();
         vTriangles.push_back(pT);
         addCircle(circles.of(pT), "bad accuracy1, todo", circleBox);
-        if (bCoversAll) return;
+        if (bRunsAlone) return;
         for (int i = 0; i < 3; ++i) {
             Triangle2* const pNeighbour = neighbour(pT, i);
             if (pNeighbour == nullptr) continue;
@@ -224,25 +237,25 @@ void Chunk::addRing(CircleTable& circles, Bbox2& circleBox) {
     for (const Point2* pVtx : vBorderVtx) {
         const bool bStop = visitUmbrella(pVtx, [&](const Triangle2* pT) {
             addCircle(circles.of(pT), "bad accuracy2, todo", circleBox);
-            return bCoversAll;
+            return bRunsAlone;
         });
         if (bStop) return;
     }
 }
 
-/// Adds a circle once. Where it can't be trusted, or the circles are around all points anyway, the area is everything, and
-/// nothing more needs to be looked at.
+/// Adds a circle once. Where it can't be trusted, or the circles take in so much that hardly anything could run beside the
+/// chunk, it runs alone, and nothing more needs to be looked at: there may be very many such circles.
 void Chunk::addCircle(Circle& circle, const char* remark, Bbox2& circleBox) {
     if (circle.bInBox) return;
     circle.bInBox = true;
     if (!circle.bReliable) print(std::string(remark) + "\n");
-    bCoversAll = !circle.bTrusted;
-    if (bCoversAll) return;
+    bRunsAlone = !circle.bTrusted;
+    if (bRunsAlone) return;
     const Point2& center = circle.center;
     circleBox.add(Point2(center.x() - circle.radius, center.y() - circle.radius));
     circleBox.add(Point2(center.x() + circle.radius, center.y() + circle.radius));
-    bCoversAll = circleBox.getMinX() <= pPointBox->getMinX() && pPointBox->getMaxX() <= circleBox.getMaxX() &&
-                 circleBox.getMinY() <= pPointBox->getMinY() && pPointBox->getMaxY() <= circleBox.getMaxY();
+    constexpr double greatestShare = 0.25;
+    bRunsAlone = sharedPart(circleBox, *pPointBox) > greatestShare;
 }
 
 // --------------------------------------------------------------------------------------------- insertion

@@ -51,8 +51,8 @@ public:
     int getLabel() const noexcept { return label; }
     std::size_t getSize() const noexcept { return items.size(); }
     const Bbox2& getExtBox() const noexcept { return extBox; }
-    /// Whether the area is around all vertices, so that nothing can run beside this chunk.
-    bool coversAll() const noexcept { return bCoversAll; }
+    /// Whether the area is so large, or so uncertain, that nothing is to run beside this chunk.
+    bool runsAlone() const noexcept { return bRunsAlone; }
 
     /// Draws the points, their box and the area of influence.
     void show(Visualizer2* pVisualizer) const;
@@ -83,7 +83,7 @@ private:
     const Point2* pNearVtx;
     Bbox2 box;     ///< of the points
     Bbox2 extBox;  ///< nothing outside is touched
-    bool bCoversAll = false;
+    bool bRunsAlone = false;
     std::vector<Triangle2*> vTriangles;  ///< scratch of determineExtBox
     KelmarTest predicates;
     StarFlipper flipper{predicates};

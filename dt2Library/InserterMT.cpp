@@ -63,11 +63,11 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
     MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
 }
 
-/// Chunks that cover everything can only run alone. They come last, on the calling thread.
+/// Chunks that run alone come last, on the calling thread.
 void InserterMT::startWork(int numThreads) {
     require(sStartedChunks.empty(), "sStartedChunks.empty()");
     for (auto it = vChunks.rbegin(); it != vChunks.rend(); ++it)
-        if (!(*it)->coversAll()) vPending.push_back({(*it)->getExtBox(), *it});
+        if (!(*it)->runsAlone()) vPending.push_back({(*it)->getExtBox(), *it});
     std::vector<std::thread> vWorkers;
     vWorkers.reserve(static_cast<std::size_t>(numThreads));
     try {
@@ -78,7 +78,7 @@ void InserterMT::startWork(int numThreads) {
     }
     for (std::thread& worker : vWorkers) worker.join();
     for (Chunk* pChunk : vChunks)
-        if (pChunk->coversAll()) pChunk->insert();
+        if (pChunk->runsAlone()) pChunk->insert();
 }
 
 Chunk* InserterMT::getWork() {
