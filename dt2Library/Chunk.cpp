@@ -9,6 +9,7 @@
 #include "Label.h"
 #include "Visualizer2.h"
 #include "diagnostics.h"
+#include "distance.h"
 #include "hotLoop.h"
 #include "insertMiddleFirst.h"
 #include "require.h"
@@ -40,8 +41,6 @@ void Chunk::setBounds() {
 // ------------------------------------------------------------------------------------- area of influence
 
 namespace {
-
-double distance(const Point2& a, const Point2& b) { return std::sqrt(squaredDistance(&a, &b)); }
 
 /// Whether a computed circumcircle is right to a thousandth of its radius, which the margins of an area bear easily. It is
 /// computed anew, from the corner opposite the longest edge, where all errors but that of the determinant are a few last
@@ -155,10 +154,13 @@ private:
 };
 
 void Chunk::takeBoxOfPoints() {
-    Bbox2 points;
-    for (const IdxVtxAct* pItem : items) points.add(*pItem->pVtx);
-    double minX, maxX, minY, maxY;
-    points.getBounds(minX, maxX, minY, maxY);
+    double minX = items[0]->pVtx->x(), maxX = minX, minY = items[0]->pVtx->y(), maxY = minY;
+    for (const IdxVtxAct* pItem : items) {
+        minX = std::min(minX, pItem->pVtx->x());
+        maxX = std::max(maxX, pItem->pVtx->x());
+        minY = std::min(minY, pItem->pVtx->y());
+        maxY = std::max(maxY, pItem->pVtx->y());
+    }
     widen(minX, maxX, pBox->getMaxX());
     widen(minY, maxY, pBox->getMaxY());
     box.add(Point2(minX, minY));
@@ -166,7 +168,6 @@ void Chunk::takeBoxOfPoints() {
 }
 
 void Chunk::determineExtBox() {
-    takeBoxOfPoints();
     extBox = box;
     Triangle2* pT = walkTo(*items[0]->pVtx, pNearVtx->getIncidentTriangle());
     pStartVtx = corner(pT, 0);

@@ -39,7 +39,10 @@ public:
     Chunk(const Chunk&) = delete;
     Chunk& operator=(const Chunk&) = delete;
 
-    /// Finds the area of influence. Only reads the mesh: all chunks may do it at the same time.
+    /// Takes the box of the points; by then all chunks exist.
+    void takeBoxOfPoints();
+    /// Finds the area of influence. Only reads the mesh and the box of all dense vertices: all chunks may do it at the same
+    /// time.
     void determineExtBox();
     /// Inserts the vertices.
     void insert();
@@ -50,6 +53,7 @@ public:
     bool isInBox(const Triangle2* pT) const;
     int getLabel() const noexcept { return label; }
     std::size_t getSize() const noexcept { return items.size(); }
+    const Bbox2& getBox() const noexcept { return box; }
     const Bbox2& getExtBox() const noexcept { return extBox; }
     /// Whether the area is so large, or so uncertain, that nothing is to run beside this chunk.
     bool runsAlone() const noexcept { return bRunsAlone; }
@@ -63,7 +67,6 @@ private:
     struct CircleTable;
 
     void setBounds();
-    void takeBoxOfPoints();
     Triangle2* walkTo(const Point2& point, Triangle2* pT);
     void grow(const Point2& a, const Point2& b, Triangle2* pStartT, int side, CircleTable& circles,
               Bbox2& circleBox);

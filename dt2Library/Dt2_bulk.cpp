@@ -6,6 +6,7 @@
 #include "Dt2.h"
 #include "InserterMT.h"
 #include "diagnostics.h"
+#include "distance.h"
 #include "insertMiddleFirst.h"
 #include "require.h"
 #include "walk.h"
@@ -204,7 +205,7 @@ Triangle2* Dt2::insertItem(ItemSpan items, std::size_t index, Triangle2* pStartT
 /// sides in the list, goes to the closest of them, and on from there with smaller ones.
 Triangle2* Dt2::closestInList(ItemSpan items, std::size_t index, Triangle2* pT) {
     const Point2* const pVtx = items[index]->pVtx;
-    double least = squaredDistance(pVtx, corner(pT, 0));
+    double least = squaredDistance(*pVtx, *corner(pT, 0));
     const auto size = static_cast<std::ptrdiff_t>(items.size());
     auto position = static_cast<std::ptrdiff_t>(index);
     auto reach = static_cast<std::ptrdiff_t>(std::bit_floor(items.size()));
@@ -216,7 +217,7 @@ Triangle2* Dt2::closestInList(ItemSpan items, std::size_t index, Triangle2* pT) 
                 if (candidate < 0 || candidate >= size) continue;
                 const Point2* pCandidate = items[static_cast<std::size_t>(candidate)]->pVtx;
                 if (pCandidate->getIncidentTriangle() == nullptr) continue;
-                const double distance = squaredDistance(pVtx, pCandidate);
+                const double distance = squaredDistance(*pVtx, *pCandidate);
                 if (!(distance < least)) continue;
                 least = distance;
                 pT = pCandidate->getIncidentTriangle();

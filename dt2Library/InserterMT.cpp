@@ -47,9 +47,8 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
                               std::vector<Chunk*>& vChunks_) {
     const std::size_t numDense = vDenseVtx.size(), size = std::max<std::size_t>(numDense / numChunks, 1);
     const std::size_t greatestRest = std::min<std::size_t>(size / 3, 999);
-    const std::size_t denseOfOneSparse = numDense / vSparseVtx.size() + 1;
+    const std::size_t denseOfOneSparse = std::max<std::size_t>(numDense / vSparseVtx.size(), 1);
     chunkPool.init(static_cast<int>(numDense / size) + 1, static_cast<int>(numChunks));
-    for (const IdxVtxAct* pItem : vDenseVtx) pointBox.add(*pItem->pVtx);
     for (std::size_t first = 0; first < numDense;) {
         std::size_t last = std::min(first + size, numDense);
         if (numDense - last <= greatestRest) last = numDense;
@@ -60,6 +59,8 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
             pDt2, box, pointBox, static_cast<int>(vChunks_.size()), vDenseVtx, first, last, pNearVtx));
         first = last;
     }
+    MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::takeBoxOfPoints);
+    for (const Chunk* pChunk : vChunks_) pointBox + pChunk->getBox();
     MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
 }
 

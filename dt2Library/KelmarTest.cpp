@@ -363,11 +363,15 @@ std::string getString(Orientation2 orientation) {
     return nameOf(orientation, names, "UNKNOWN");
 }
 
-Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC) {
-    RoundToNearest nearest;
+Orientation2 orientationOnThread(const Point2* pA, const Point2* pB, const Point2* pC) {
     static thread_local KelmarTest predicates;
     predicates.growStaticBound(pA, pB, pC);
-    return nearest.keep(predicates.getOrientation2(pA, pB, pC));
+    return predicates.getOrientation2(pA, pB, pC);
+}
+
+Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC) {
+    RoundToNearest nearest;
+    return nearest.keep(orientationOnThread(pA, pB, pC));
 }
 
 Orientation2 getOrientation2_mt(const Point2* pA, const Point2* pB, const Point2* pC) {

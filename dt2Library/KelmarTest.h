@@ -187,7 +187,7 @@ public:
     void debug(const Point2* pA, const Point2* pB, const Point2* pC);
 
 private:
-    friend Orientation2 getOrientation2(const Point2* pA, const Point2* pB, const Point2* pC);
+    friend Orientation2 orientationOnThread(const Point2* pA, const Point2* pB, const Point2* pC);
     friend Orientation2 getOrientation2_mt(const Point2* pA, const Point2* pB, const Point2* pC);
 
     /// Raises the bound for points that exceed it, by the sum of their magnitudes.
@@ -225,5 +225,8 @@ private:
     InCircleScratch inCircle;
     OrientationScratch orientation;
 };
+
+/// The free getOrientation2 without its guard, by predicates that each thread has for itself.
+Orientation2 orientationOnThread(const Point2* pA, const Point2* pB, const Point2* pC);
 
 }  // namespace KELMAR_NORVIK2D

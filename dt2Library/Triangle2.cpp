@@ -5,6 +5,8 @@
 #include <limits>
 #include <ostream>
 
+#include "KelmarTest.h"
+#include "distance.h"
 #include "geometryTools.h"
 #include "heron.h"
 #include "require.h"
@@ -18,11 +20,9 @@ namespace {
 
 bool isFinite(const Point2& point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
 
-double sqDistance(const Point2& a, const Point2& b) { return Vector2(a, b).sqLength(); }
-
 /// Whether the point lies to the right of the directed edge, decided exactly.
 bool isClockwise(const Point2* pA, const Point2* pB, const Point2& point) {
-    return getOrientation2(pA, pB, &point) == ORIENTATION2_CW;
+    return orientationOnThread(pA, pB, &point) == ORIENTATION2_CW;
 }
 
 /// The mean of the value nearest to zero and the one farthest from it.
@@ -30,6 +30,54 @@ double commonOffset(double a, double b, double c) {
     const auto isNearerToZero = [](double u, double v) { return std::fabs(u) < std::fabs(v); };
     const auto [least, greatest] = std::minmax({a, b, c}, isNearerToZero);
     return (least + greatest) * 0.5;
+}
+
+double squaredEdgeLength(const Triangle2& triangle, int index) {
+    return squaredDistance(*corner(&triangle, ccw(index)), *corner(&triangle, cw(index)));
+}
+
+int longestEdge(const Triangle2& triangle) {
+    const double sqLengths[3] = {squaredEdgeLength(triangle, 0), squaredEdgeLength(triangle, 1),
+                                 squaredEdgeLength(triangle, 2)};
+    return static_cast<int>(std::max_element(sqLengths, sqLengths + 3) - sqLengths);
+}
+
+/// The circumcentre by determinants, in coordinates less the offset; false if that has no finite result.
+bool determinantCenter(const Triangle2& triangle, double xOffset, double yOffset, Point2& center) {
+    const Point2 *pA = corner(&triangle, 0), *pB = corner(&triangle, 1), *pC = corner(&triangle, 2);
+    const double ax = pA->x() - xOffset, ay = pA->y() - yOffset;
+    const double bx = pB->x() - xOffset, by = pB->y() - yOffset;
+    const double cx = pC->x() - xOffset, cy = pC->y() - yOffset;
+
+    // Four times the signed area: exactly 0 for corners that are collinear after rounding.
+    const double d = 2 * (ax * by + bx * cy + cx * ay - (ax * cy + bx * ay + cx * by));
+    if (d == 0.0) return false;
+
+    const double a = ax * ax + ay * ay;
+    const double b = bx * bx + by * by;
+    const double c = cx * cx + cy * cy;
+    const double x = (a * (by - cy) + b * (cy - ay) + c * (ay - by)) / d + xOffset;
+    const double y = (a * (cx - bx) + b * (ax - cx) + c * (bx - ax)) / d + yOffset;
+    if (!std::isfinite(x) || !std::isfinite(y)) return false;
+    center = Point2(x, y);
+    return true;
+}
+
+/// The accuracy test of getDual().
+bool isAccurate(const Triangle2& triangle, int index, const Point2& center) {
+    constexpr double tolerance = 1e-6;
+    if (!isFinite(center)) return false;
+
+    const Point2* pA = corner(&triangle, index);
+    const Point2* pB = corner(&triangle, ccw(index));
+    const Point2* pC = corner(&triangle, cw(index));
+    // The longest edge is the only one that a circumcentre may lie beyond.
+    if (isClockwise(pA, pB, center) || isClockwise(pC, pA, center)) return false;
+
+    const double d0 = distance(center, *pA);
+    const double d1 = distance(center, *pB);
+    const double d2 = distance(center, *pC);
+    return std::max({std::fabs(d0 - d1), std::fabs(d1 - d2), std::fabs(d2 - d0)}) < tolerance;
 }
 
 /// The position of a pointer among three. The branch-free form of the hot loops is indexOf() in
@@ -49,9 +97,9 @@ struct SideLengths {
     double a, b, c;
 
     explicit SideLengths(const Triangle2& triangle)
-        : a(std::sqrt(triangle.getSquaredEdgeLength2D(0))),
-          b(std::sqrt(triangle.getSquaredEdgeLength2D(1))),
-          c(std::sqrt(triangle.getSquaredEdgeLength2D(2))) {}
+        : a(std::sqrt(squaredEdgeLength(triangle, 0))),
+          b(std::sqrt(squaredEdgeLength(triangle, 1))),
+          c(std::sqrt(squaredEdgeLength(triangle, 2))) {}
 };
 
 /// The area without an assertion: a triangle must be printable in whatever state, dead ones included.
@@ -77,7 +125,8 @@ int Triangle2::getIntraTriangleIndex(const Point2* pCorner) const {
 Point2 Triangle2::getBarycenter() const { return barycenter(*pCorners[0], *pCorners[1], *pCorners[2]); }
 
 double Triangle2::getSquaredEdgeLength2D(int index) const {
-    return sqDistance(*pCorners[ccw(index)], *pCorners[cw(index)]);
+    RoundToNearest nearest;
+    return nearest.keep(squaredEdgeLength(*this, index));
 }
 
 double Triangle2::getSquaredEdgeLength(int index) const { return getSquaredEdgeLength2D(index); }
@@ -86,15 +135,13 @@ double Triangle2::getMaxSqEdgeLen2D() const { return getSquaredEdgeLength2D(getM
 
 int Triangle2::getMaxIndex() const {
     RoundToNearest nearest;
-    const double sqLengths[3] = {getSquaredEdgeLength2D(0), getSquaredEdgeLength2D(1),
-                                 getSquaredEdgeLength2D(2)};
-    return nearest.keep(static_cast<int>(std::max_element(sqLengths, sqLengths + 3) - sqLengths));
+    return nearest.keep(longestEdge(*this));
 }
 
 int Triangle2::getMinIndex() const {
     RoundToNearest nearest;
-    const double sqLengths[3] = {getSquaredEdgeLength2D(0), getSquaredEdgeLength2D(1),
-                                 getSquaredEdgeLength2D(2)};
+    const double sqLengths[3] = {squaredEdgeLength(*this, 0), squaredEdgeLength(*this, 1),
+                                 squaredEdgeLength(*this, 2)};
     return nearest.keep(static_cast<int>(std::min_element(sqLengths, sqLengths + 3) - sqLengths));
 }
 
@@ -104,11 +151,12 @@ bool Triangle2::hasVertex(const Point2* pVertex) const noexcept {
 
 // On the line of the edge, and within the other two half planes: the closed edge remains.
 bool Triangle2::hasOnEdge(int index, const Point2& point) const {
+    RoundToNearest nearest;
     if (!isFinite(point)) return false;
     const Point2* pApex = pCorners[index];
     const Point2* pSrc = pCorners[ccw(index)];
     const Point2* pTrg = pCorners[cw(index)];
-    return getOrientation2(pSrc, pTrg, &point) == ORIENTATION2_COLLINEAR &&
+    return orientationOnThread(pSrc, pTrg, &point) == ORIENTATION2_COLLINEAR &&
            !isClockwise(pTrg, pApex, point) && !isClockwise(pApex, pSrc, point);
 }
 
@@ -135,14 +183,15 @@ double Triangle2::computeArea(double a, double b, double c) const {
 // is checked, and the bisection takes over where it fails.
 std::pair<Point2, bool> Triangle2::getDual() const {
     RoundToNearest nearest;
-    double xOffset, yOffset;
-    getCommonOffset(xOffset, yOffset);
-    const int index = getMaxIndex();
+    const double xOffset = commonOffset(pCorners[0]->x(), pCorners[1]->x(), pCorners[2]->x());
+    const double yOffset = commonOffset(pCorners[0]->y(), pCorners[1]->y(), pCorners[2]->y());
+    const int index = longestEdge(*this);
 
     Point2 center;
-    if (getCC_strategy1(xOffset, yOffset, center) && isAccurateCC(index, center)) return {center, true};
+    if (determinantCenter(*this, xOffset, yOffset, center) && isAccurate(*this, index, center))
+        return {center, true};
     getCC_strategy2(index, xOffset, yOffset, center);
-    return {center, isAccurateCC(index, center)};
+    return {center, isAccurate(*this, index, center)};
 }
 
 // Coordinates near the origin have more digits behind the point: the formulas work on the corners less this
@@ -155,22 +204,7 @@ void Triangle2::getCommonOffset(double& xOffset, double& yOffset) const {
 
 bool Triangle2::getCC_strategy1(double xOffset, double yOffset, Point2& center) const {
     RoundToNearest nearest;
-    const double ax = pCorners[0]->x() - xOffset, ay = pCorners[0]->y() - yOffset;
-    const double bx = pCorners[1]->x() - xOffset, by = pCorners[1]->y() - yOffset;
-    const double cx = pCorners[2]->x() - xOffset, cy = pCorners[2]->y() - yOffset;
-
-    // Four times the signed area: exactly 0 for corners that are collinear after rounding.
-    const double d = 2 * (ax * by + bx * cy + cx * ay - (ax * cy + bx * ay + cx * by));
-    if (d == 0.0) return false;
-
-    const double a = ax * ax + ay * ay;
-    const double b = bx * bx + by * by;
-    const double c = cx * cx + cy * cy;
-    const double x = (a * (by - cy) + b * (cy - ay) + c * (ay - by)) / d + xOffset;
-    const double y = (a * (cx - bx) + b * (ax - cx) + c * (bx - ax)) / d + yOffset;
-    if (!std::isfinite(x) || !std::isfinite(y)) return false;
-    center = Point2(x, y);
-    return true;
+    return nearest.keep(determinantCenter(*this, xOffset, yOffset, center));
 }
 
 void Triangle2::getCC_strategy2(int index, double xOffset, double yOffset, Point2& center) const {
@@ -186,7 +220,7 @@ void Triangle2::getCC_strategy2(int index, double xOffset, double yOffset, Point
     // on the other side, at a distance without limit.
     Vector2 normal = (b - c).orthogonalVector();
     double searchRange = 1e13 / normal.length(), sign = -1.0;
-    if (sqDistance(a, middle) > sqDistance(b, middle)) {
+    if (squaredDistance(a, middle) > squaredDistance(b, middle)) {
         normal = -normal;
         searchRange = Vector2(a, middle).length() / normal.length();
         sign = 1.0;
@@ -198,7 +232,7 @@ void Triangle2::getCC_strategy2(int index, double xOffset, double yOffset, Point
     const auto candidate = [&] { return middle + normal * searchRange * t; };
     for (;;) {
         const Point2 point = candidate();
-        const double excess = sqDistance(a, point) - sqDistance(b, point);
+        const double excess = squaredDistance(a, point) - squaredDistance(b, point);
         if (std::fabs(excess) < 1e-16) break;
         (excess * sign < 0.0 ? high : low) = t;
         t = (low + high) * 0.5;
@@ -209,19 +243,7 @@ void Triangle2::getCC_strategy2(int index, double xOffset, double yOffset, Point
 
 bool Triangle2::isAccurateCC(int index, const Point2& center) const {
     RoundToNearest nearest;
-    constexpr double tolerance = 1e-6;
-    if (!isFinite(center)) return false;
-
-    const Point2* pA = pCorners[index];
-    const Point2* pB = pCorners[ccw(index)];
-    const Point2* pC = pCorners[cw(index)];
-    // The longest edge is the only one that a circumcentre may lie beyond.
-    if (isClockwise(pA, pB, center) || isClockwise(pC, pA, center)) return false;
-
-    const double d0 = Vector2(center, *pA).length();
-    const double d1 = Vector2(center, *pB).length();
-    const double d2 = Vector2(center, *pC).length();
-    return nearest.keep(std::max({std::fabs(d0 - d1), std::fabs(d1 - d2), std::fabs(d2 - d0)}) < tolerance);
+    return nearest.keep(isAccurate(*this, index, center));
 }
 
 std::ostream& operator<<(std::ostream& os, const Triangle2& triangle) {

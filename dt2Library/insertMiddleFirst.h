@@ -4,21 +4,17 @@
 #include <span>
 
 #include "IdxVtxAct.h"
+#include "distance.h"
 #include "hilbertOrder.h"
 #include "require.h"
 #include "triangleLinks.h"
 
 namespace KELMAR_NORVIK2D {
 
-inline double squaredDistance(const Point2* pA, const Point2* pB) noexcept {
-    const double dx = pA->x() - pB->x(), dy = pA->y() - pB->y();
-    return dx * dx + dy * dy;
-}
-
 /// Of a triangle and the one at another vertex, which may be null or have none: where a walk to `pVtx` better starts.
 inline Triangle2* closerStart(const Point2* pVtx, Triangle2* pStartT, const Point2* pOther) noexcept {
     if (pOther == nullptr || pOther->getIncidentTriangle() == nullptr) return pStartT;
-    const bool bOtherIsCloser = squaredDistance(pVtx, pOther) < squaredDistance(pVtx, corner(pStartT, 0));
+    const bool bOtherIsCloser = squaredDistance(*pVtx, *pOther) < squaredDistance(*pVtx, *corner(pStartT, 0));
     return bOtherIsCloser ? pOther->getIncidentTriangle() : pStartT;
 }
 
