@@ -206,6 +206,8 @@ private:
 
     // Dt2_removal.cpp
     bool collectUmbrella(const Point2* pVtx);
+    void detachSurroundings(const Point2* pVtx);
+    void attachSurroundings();
     void reduceDegree(Point2* pVtx);
     void collapseDegreeThree(Point2* pVtx);
     [[noreturn]] void reportUnflippable(const Point2* pVtx);
@@ -237,6 +239,8 @@ private:
     std::vector<Side> vHullLeft, vHullRight;
     std::vector<Triangle2*> vRound, vNextRound;
     std::vector<Triangle2*> vUmbrellaT;
+    /// The triangles around an umbrella, each with the corner where the edge to it begins, as the umbrella sees it.
+    std::vector<std::pair<Point2*, Triangle2*>> vSurroundings;
 };
 
 }  // namespace KELMAR_NORVIK2D

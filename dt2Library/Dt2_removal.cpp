@@ -54,10 +54,12 @@ void Dt2::remove(Point2* pVtx) {
         remove_CHVersion(pVtx, true);
         return;
     }
+    detachSurroundings(pVtx);
     reduceDegree(pVtx);
     collapseDegreeThree(pVtx);
-    vRound = vUmbrellaT;
+    std::swap(vRound, vUmbrellaT);
     flipRoundsUntilDelaunay(true);
+    attachSurroundings();
     removedVertices.push_back(pVtx);
     vertexVault.removeAndInvalidateVtx(pVtx);
 }
@@ -87,11 +89,28 @@ bool Dt2::collectUmbrella(const Point2* pVtx) {
     }
     visit(pForward, vUmbrellaT);
     vUmbrellaT.insert(vUmbrellaT.end(), vRound.rbegin(), vRound.rend());
-    for (const Triangle2* pT : vUmbrellaT) {
-        const int k = indexOf(pT, pVtx);
-        if (neighbour(pT, k) != nullptr) __builtin_prefetch(farCorner(pT, k));
-    }
     return true;
+}
+
+/// Cuts the links between the umbrella of an inner vertex and the mesh around it. What the removal leaves there is
+/// legalised by itself: the triangles around it keep their empty circles (law 1), so that no edge to them is ever flipped,
+/// and most of the memory to wait for isn't needed before the end.
+void Dt2::detachSurroundings(const Point2* pVtx) {
+    vSurroundings.clear();
+    for (Triangle2* pT : vUmbrellaT) {
+        const int k = indexOf(pT, pVtx);
+        vSurroundings.push_back({corner(pT, ccw(k)), neighbour(pT, k)});
+        setNeighbour(pT, k, nullptr);
+    }
+}
+
+void Dt2::attachSurroundings() {
+    for (const auto& [pFrom, pOuter] : vSurroundings) {
+        Triangle2* const pT = clockwiseEnd(pFrom->getIncidentTriangle(), pFrom);
+        const int edge = cw(indexOf(pT, pFrom));
+        setNeighbour(pT, edge, pOuter);
+        if (pOuter != nullptr) setNeighbour(pOuter, cw(indexOf(pOuter, corner(pT, cw(edge)))), pT);
+    }
 }
 
 /// Flips spokes away until three are left. Of an inner vertex with more there is always one that can go.
