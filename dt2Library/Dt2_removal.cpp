@@ -72,12 +72,13 @@ bool Dt2::collectUmbrella(const Point2* pVtx) {
     vRound.clear();
     const auto visit = [&](Triangle2* pT, std::vector<Triangle2*>& vVisited) {
         const int k = indexOf(pT, pVtx);
-        __builtin_prefetch(neighbour(pT, k));
+        for (int i = 0; i < 3; ++i) prefetchTriangle(neighbour(pT, i));
         __builtin_prefetch(corner(pT, ccw(k)));
         vVisited.push_back(pT);
         return k;
     };
     Triangle2* pForward = pVtx->getIncidentTriangle();
+    prefetchTriangle(pForward);
     Triangle2* pBackward = previousAround(pForward, pVtx);
     for (;;) {
         pForward = neighbour(pForward, ccw(visit(pForward, vUmbrellaT)));
