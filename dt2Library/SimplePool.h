@@ -102,6 +102,14 @@ public:
         return -1;
     }
 
+    /// The record with that serial number; null if none has been handed out.
+    T* at(std::int64_t rank) const noexcept {
+        if (rank < 0 || rank >= numHandedOut()) return nullptr;
+        std::size_t i = vBlocks.size() - 1;
+        while (rank < vBlocks[i].firstRank) --i;
+        return vBlocks[i].pRecords + (rank - vBlocks[i].firstRank);
+    }
+
     /// The records handed out, in the order of handing out, one stretch of memory after the other.
     std::vector<std::span<T>> stretches() const {
         std::vector<std::span<T>> vStretches;

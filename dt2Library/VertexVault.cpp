@@ -98,21 +98,10 @@ unsigned VertexVault::findItem(std::uint32_t key, Matches matches) const {
     return notFound;
 }
 
-/// Finds a vertex in a stretch of items in the order of their making, which the vertex pool remembers.
-unsigned VertexVault::findByRank(std::size_t first, std::size_t last, const Point2* pVtx) const {
-    const SimplePool<Point2>& vertexPool = pDt2->getVertexPool();
-    const auto begin = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(first);
-    const auto end = vIdxVtxAct.begin() + static_cast<std::ptrdiff_t>(last);
-    const auto found = std::lower_bound(
-        begin, end, vertexPool.rankOf(pVtx),
-        [&](const IdxVtxAct* pItem, std::int64_t rank) { return vertexPool.rankOf(pItem->pVtx) < rank; });
-    if (found == end || (*found)->pVtx != pVtx || !(*found)->bAct) return notFound;
-    return static_cast<unsigned>(found - vIdxVtxAct.begin());
-}
-
-unsigned VertexVault::getIdxOfPoint(const Point2& point) const {
-    const auto matches = [&](const Point2* pVtx) { return samePoint(pVtx, &point); };
-    const unsigned index = findItem(pDt2->getHC().iReset(point), matches);
+/// The same in the whole list.
+template <class Matches>
+unsigned VertexVault::findAnywhere(std::uint32_t key, Matches matches) const {
+    const unsigned index = findItem(key, matches);
     if (index != notFound) return index;
     // Last resort: the tail, and items that an unfortunate key or the sort in four ranges has put elsewhere.
     for (std::size_t i = vIdxVtxAct.size(); i-- > 0;)
@@ -120,23 +109,19 @@ unsigned VertexVault::getIdxOfPoint(const Point2& point) const {
     return notFound;
 }
 
-unsigned VertexVault::findVtx(const Point2* pVtx) const {
-    const auto matches = [&](const Point2* pOther) { return pOther == pVtx; };
-    // After a first bulk insertion the list is in the order of making as a whole.
-    const auto rank = static_cast<std::size_t>(pDt2->getVertexPool().rankOf(pVtx));
-    if (rank < vIdxVtxAct.size() && vIdxVtxAct[rank]->bAct && matches(vIdxVtxAct[rank]->pVtx))
-        return static_cast<unsigned>(rank);
+unsigned VertexVault::getIdxOfPoint(const Point2& point) const {
+    return findAnywhere(pDt2->getHC().iReset(point),
+                        [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
+}
 
-    const std::uint32_t key = pDt2->getHC().iReset(*pVtx);
-    unsigned index = notFound;
-    // Items of equal key mostly lie in the order of making too, which spares a scan where clusters share a
-    // key.
-    if (maxSortedIndex != 0) index = findByRank(searchKey(key), searchKey(key + 1) + 1, pVtx);
-    if (index == notFound) index = findByRank(maxSortedIndex, vIdxVtxAct.size(), pVtx);
-    if (index == notFound) index = findItem(key, matches);
-    for (std::size_t i = vIdxVtxAct.size(); index == notFound && i-- > 0;)
-        if (vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx)) index = static_cast<unsigned>(i);
-    return index;
+unsigned VertexVault::findVtx(const Point2* pVtx) const {
+    return findAnywhere(pDt2->getHC().iReset(*pVtx), [&](const Point2* pOther) { return pOther == pVtx; });
+}
+
+/// The item of a vertex of this triangulation: both are made together, the n-th item with the n-th vertex. Null, or
+/// another vertex's item, for other points, and after memory ran out between the two.
+IdxVtxAct* VertexVault::itemOf(const Point2* pVtx) const {
+    return itemPool.at(pDt2->getVertexPool().rankOf(pVtx));
 }
 
 unsigned VertexVault::getIdxOfActiveVtx(const Point2* pQuery) const {
@@ -393,17 +378,18 @@ void VertexVault::reconfiguration() {
     sortIV(SORT_ALWAYS);
 }
 
-void VertexVault::prefetchItem(const Point2* pVtx) const {
-    const auto rank = static_cast<std::size_t>(pDt2->getVertexPool().rankOf(pVtx));
-    if (rank < vIdxVtxAct.size()) __builtin_prefetch(vIdxVtxAct[rank]);
-}
+void VertexVault::prefetchItem(const Point2* pVtx) const { __builtin_prefetch(itemOf(pVtx)); }
 
 void VertexVault::removeAndInvalidateVtx(Point2* pVtx) {
-    const unsigned index = getIdxOfActiveVtx(pVtx);
-    if (index == notFound) return;
+    IdxVtxAct* pItem = itemOf(pVtx);
+    if (pItem == nullptr || pItem->pVtx != pVtx || !pItem->bAct) [[unlikely]] {
+        const unsigned index = getIdxOfActiveVtx(pVtx);
+        if (index == notFound) return;
+        pItem = vIdxVtxAct[index];
+    }
     ++numRemoved;
     setIncidentTriangle(pVtx, nullptr);
-    makeInactive(vIdxVtxAct[index]);
+    makeInactive(pItem);
     if (!bFullDimensional) sortIV(SORT_ALWAYS);
 }
 

@@ -129,8 +129,10 @@ private:
     std::size_t searchKey(std::uint32_t key) const;
     template <class Matches>
     unsigned findItem(std::uint32_t key, Matches matches) const;
+    template <class Matches>
+    unsigned findAnywhere(std::uint32_t key, Matches matches) const;
     unsigned findVtx(const Point2* pVtx) const;
-    unsigned findByRank(std::size_t first, std::size_t last, const Point2* pVtx) const;
+    IdxVtxAct* itemOf(const Point2* pVtx) const;
     const IdxVtxAct* nearestActiveItem(std::uint32_t key) const;
     const IdxVtxAct* nearestInTail(std::uint32_t key) const;
     [[noreturn]] void reportLostTriangle(std::size_t resultIndex) const;
