@@ -37,6 +37,17 @@ inline void setRounding(int mode) {
     asm volatile("" : : : "memory");
 }
 
+/// The x87 rounding mode, as fegetround tells it, without a call: each query to a mesh begins with this.
+inline int roundingInForce() noexcept {
+#ifdef NORVIK2D_HAS_MXCSR
+    unsigned short control;
+    asm volatile("fnstcw %0" : "=m"(control));
+    return control & (FE_DOWNWARD | FE_UPWARD | FE_TOWARDZERO);
+#else
+    return std::fegetround();
+#endif
+}
+
 /// A product of two coordinate differences, (a - b) * (c - d).
 struct DifferenceProduct {
     double a, b, c, d;
@@ -84,7 +95,7 @@ DifferenceProduct subtrahend(const Point2* pA, const Point2* pB, const Point2* p
 // A client may have set SSE and x87 apart: fegetround reads x87, so the SSE control word is saved and
 // restored by itself.
 [[gnu::noinline]] RoundToNearest::RoundToNearest() noexcept
-    : oldRounding(std::fegetround()), oldControl(0), bChanged(oldRounding != FE_TONEAREST) {
+    : oldRounding(roundingInForce()), oldControl(0), bChanged(oldRounding != FE_TONEAREST) {
 #ifdef NORVIK2D_HAS_MXCSR
     oldControl = _mm_getcsr();
     bChanged = bChanged || (oldControl & watchedBits) != 0;
