@@ -72,8 +72,10 @@ bool Dt2::collectUmbrella(const Point2* pVtx) {
     vRound.clear();
     const auto visit = [&](Triangle2* pT, std::vector<Triangle2*>& vVisited) {
         const int k = indexOf(pT, pVtx);
-        for (int i = 0; i < 3; ++i) prefetchTriangle(neighbour(pT, i));
-        __builtin_prefetch(corner(pT, ccw(k)));
+        for (int i = 0; i < 3; ++i) {
+            prefetchTriangle(neighbour(pT, i));
+            __builtin_prefetch(corner(pT, i));
+        }
         vVisited.push_back(pT);
         return k;
     };
