@@ -58,8 +58,14 @@ const Workload workloads[] = {
     {"insert/grid/1e6", Operation::insertion, gridPoints, million, 11, 0.55},
     {"insert/circle+lines/1e5", Operation::insertion, circleAndLines, million / 10, 21, 0.0},
     {"insert/circle+lines/1e6", Operation::insertion, circleAndLines, million, 11, 1.1},
-    {"insert/uniform/1e6/2threads", Operation::insertion, uniformPoints, million, 7, 0.0,
+    {"2threads/uniform/1e6", Operation::insertion, uniformPoints, million, 11, 0.31,
      makeNorvik2dWithTwoThreads, makeCgal, Clock::wall},
+    {"2threads/clustered/1e6", Operation::insertion, clusteredPoints, million, 11, 0.45,
+     makeNorvik2dWithTwoThreads, makeCgal, Clock::wall},
+    {"2of1threads/uniform/1e6", Operation::insertion, uniformPoints, million, 11, 0.68,
+     makeNorvik2dWithTwoThreads, makeNorvik2d, Clock::wall},
+    {"2of1threads/uniform/5e6", Operation::insertion, uniformPoints, 5 * million, 5, 0.68,
+     makeNorvik2dWithTwoThreads, makeNorvik2d, Clock::wall},
     {"locate/random/1e6", Operation::location, uniformPoints, million, 7, 0.5, makeNorvik2d,
      makeCgalHierarchy},
     {"locate/sorted/1e6", Operation::sortedLocation, uniformPoints, million, 15, 1.0},
@@ -176,7 +182,7 @@ std::vector<double> ratiosOfPairs(const std::vector<double>& a, const std::vecto
 }
 
 void printHead() {
-    std::printf("%-28s %9s %10s %10s %6s  %-13s %6s\n", "workload", "count", "norvik2d", "CGAL", "ratio",
+    std::printf("%-28s %9s %10s %10s %6s  %-13s %6s\n", "workload", "count", "norvik2d", "the other", "ratio",
                 "middle half", "target");
     std::printf("%-28s %9s %10s %10s %6s  %-13s\n", "", "", "ns each", "ns each", "", "of pairs");
 }

@@ -341,6 +341,22 @@ TEST(GeometryTools, UlpIsTheLeastPowerOfTwoThatCounts) {
     EXPECT_TRUE(std::isnan(getUlp(notANumber)));
 }
 
+TEST(GeometryTools, FootPointsAndDistancesFromALine) {
+    const Point2 a(1, 1), b(4, 5), beside(-3, 4);
+    const Point2 foot = getFootPoint(a, b, beside);
+    EXPECT_DOUBLE_EQ(foot.x(), 1.0);
+    EXPECT_DOUBLE_EQ(foot.y(), 1.0);
+    EXPECT_DOUBLE_EQ(getPointLineDistance2D(a, b, beside), 5.0);
+    EXPECT_EQ(getPointLineDistance2D(a, b, b), 0.0);
+    CaptureOutput capture;
+    EXPECT_EQ(getFootPoint(a, a, b), Point2(-999, -999));
+    EXPECT_EQ(getPointLineDistance2D(a, a, b), 0.0);
+    for (const char* text :
+         {"getFootPoint(), WARNING: len2d==0", "getFootPoint(), WARNING: p0==p1, invalid parameters",
+          "getPointLineDistance2D(..), ERROR: p0==p1"})
+        EXPECT_TRUE(capture.told(text)) << capture.out();
+}
+
 TEST(Color, IsAPenAndHasACycleOfNames) {
     const Color thin(COLORNAME_ORANGE, 0.1F, false), filling(COLORNAME_ORANGE, 0.1F, true);
     EXPECT_TRUE(thin != filling && thin < filling);
