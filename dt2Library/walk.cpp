@@ -107,6 +107,7 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
             for (QuickStep step;;) {
                 Triangle2* const pNext = neighbour(pT, edge);
                 if (pNext == nullptr) return edge;
+                prefetchTriangle(pNext);
                 entry = indexOf(pNext, pT);
                 pT = pNext;
                 if (++steps > numStepsToBreak) [[unlikely]]
