@@ -60,7 +60,9 @@ TEST(SimplePool, RecordsStayAndKnowTheirRank) {
     for (std::int64_t i = 0; i < 1000; ++i) {
         EXPECT_EQ(records[static_cast<std::size_t>(i)]->fields[5], i);
         EXPECT_EQ(pool.rankOf(records[static_cast<std::size_t>(i)]), i);
+        EXPECT_EQ(pool.at(i), records[static_cast<std::size_t>(i)]);
     }
+    for (const std::int64_t rank : {-1, 1000}) EXPECT_EQ(pool.at(rank), nullptr);
     const Record stranger{};
     for (const Record* pRecord : {&stranger, static_cast<const Record*>(nullptr), records.back() + 1})
         EXPECT_EQ(pool.rankOf(pRecord), -1);
