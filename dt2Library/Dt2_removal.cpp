@@ -13,14 +13,19 @@ namespace KELMAR_NORVIK2D {
 /// Flips edges of the triangles of vRound as long as a neighbour's far corner lies in a circumcircle; in
 /// rounds, breadth first. Dead triangles in the list have no neighbours.
 NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(bool bRespectConstraints) {
+    // The edge between these two is the result of the last flip: testing it would be idle.
+    const Triangle2 *pLastT = nullptr, *pLastU = nullptr;
     while (!vRound.empty()) {
         vNextRound.clear();
         for (Triangle2* pT : vRound) {
             for (int i = 0; i < 3; ++i) {
                 Triangle2* pU = neighbour(pT, i);
+                if ((pT == pLastT && pU == pLastU) || (pT == pLastU && pU == pLastT)) continue;
                 if (pU == nullptr || (bRespectConstraints && isConstraint(pT, i))) continue;
                 if (predicates.circleInc3state(pT, farCorner(pT, i)) != CINC2_INCIRCLE) continue;
                 flipEdge(pT, i);
+                pLastT = pT;
+                pLastU = pU;
                 vNextRound.push_back(pT);
                 vNextRound.push_back(pU);
                 addRefCand3(pT);
