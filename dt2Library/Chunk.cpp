@@ -294,40 +294,10 @@ NORVIK2D_HOT_LOOP void Chunk::localSplitAndFlip(Triangle2* pT, Point2* pVtx) {
     flipper.flipUntilDelaunay(pVtx, [](const Triangle2*) { return true; });
 }
 
-/// A walk along the line from corner 0 of the first triangle to the point: of the two edges ahead the one on the side of the
-/// line where the apex isn't is tested first.
-NORVIK2D_HOT_LOOP int Chunk::locateInsideConflictT(const Point2* pVtx, Triangle2*& pT, int& edgeIndex) {
-    require(pT != nullptr, "pStartTriangle!=__null");
-    edgeIndex = -1;
-    const DoublePair point = coordinatesOf(pVtx);
-    const DoublePair start = coordinatesOf(corner(pT, 0)) - point;
-    int edges[3] = {0, 1, 2};  // still to be tested, from the one at numPassed on
-    for (int numPassed = 0; numPassed < 3;) {
-        const int edge = edges[numPassed];
-        const Orientation2 side =
-            predicates.getOrientation2(corner(pT, ccw(edge)), corner(pT, cw(edge)), pVtx);
-        if (side == ORIENTATION2_CCW) {
-            ++numPassed;
-        } else if (side == ORIENTATION2_CW) {
-            edgeIndex = -1;
-            Triangle2* const pNextT = neighbour(pT, edge);
-            require(pNextT != nullptr, "tmpTriangle!=__null");
-            const int entry = indexOf(pNextT, pT);
-            pT = pNextT;
-            const bool bApexLeft = crossProduct(start, coordinatesOf(corner(pT, entry)) - point) > 0.0;
-            edges[0] = entry;
-            edges[1] = bApexLeft ? cw(entry) : ccw(entry);
-            edges[2] = bApexLeft ? ccw(entry) : cw(entry);
-            numPassed = 1;
-        } else {
-            for (int i = 0; i < 3; ++i)
-                if (samePoint(corner(pT, i), pVtx)) return LOCATE_DUPLICATE;
-            require(neighbour(pT, edge) != nullptr, "pStartTriangle->getOppositeTriangle(ith)!=__null");
-            edgeIndex = edge;
-            ++numPassed;
-        }
-    }
-    return LOCATE_INSIDE;
+int Chunk::locateInsideConflictT(const Point2* pVtx, Triangle2*& pT, int& edgeIndex) {
+    const int code = walkAlongLine(predicates, pVtx, pT, edgeIndex);
+    require(code == LOCATE_INSIDE || code == LOCATE_DUPLICATE, "tmpTriangle!=__null");
+    return code;
 }
 
 /// A fresh triangle from the chunk's supply: two for each point are taken at first, so the common store is seldom asked.

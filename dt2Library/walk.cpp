@@ -73,14 +73,18 @@ struct QuickStart {
     int exit;
 };
 
-}  // namespace
+/// Which of the two edges ahead is asked first: by turns, or the one on the side of the line from corner 0 of the first
+/// triangle to the point where the apex isn't, so that the walk follows the line.
+enum class Preference { BY_TURNS, ALONG_LINE };
 
-NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
-                                     int& edgeIndex, int maxSteps) {
+template <Preference preference>
+[[gnu::always_inline]] inline int walk(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
+                                       int& edgeIndex, int maxSteps) {
     require(pT != nullptr, "pStartTriangle!=__null");
     // A visibility walk may cycle where the mesh isn't Delaunay, as across constraints; after this many steps
-    // it continues at random.
-    constexpr int numOrderlySteps = 1000;
+    // it continues at random. One along a line never leaves it.
+    constexpr int numOrderlySteps =
+        preference == Preference::ALONG_LINE ? std::numeric_limits<int>::max() - 1 : 1000;
     const int numStepsToBreak = std::min(numOrderlySteps, maxSteps);
 
     edgeIndex = -1;
@@ -88,6 +92,7 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
     int numUntested = 3;
     const DoublePair point = coordinatesOf(pVtx);
     const double bound = predicates.getStaticBound();
+    const DoublePair line = coordinatesOf(corner(pT, 0)) - point;
     const QuickStart start(pT, point, bound);
     if (start.bInside) return LOCATE_INSIDE;
     if (start.bLeaves) {
@@ -100,8 +105,8 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
         bIsBeyond = false;
         if (side == ORIENTATION2_CW) {
             edgeIndex = -1;
-            // The edge just crossed needs no test. Which of the others comes first alternates with the place
-            // where the crossing happened.
+            // The edge just crossed needs no test. By turns, which of the others comes first depends on where the crossing
+            // happened.
             bool bClockwiseFirst = numUntested == 2;
             int entry;
             for (QuickStep step;;) {
@@ -112,12 +117,14 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
                 pT = pNext;
                 if (++steps > numStepsToBreak) [[unlikely]]
                     break;
+                if (preference == Preference::ALONG_LINE)
+                    bClockwiseFirst = crossProduct(line, coordinatesOf(corner(pT, entry)) - point) > 0.0;
                 step = QuickStep(pT, entry, bClockwiseFirst, point, bound);
                 if (step.bInside) return LOCATE_INSIDE;
                 if (!step.bLeaves) [[unlikely]]
                     break;
                 edge = bClockwiseFirst == step.bBeyondFirst ? cw(entry) : ccw(entry);
-                bClockwiseFirst = step.bBeyondFirst;
+                if (preference == Preference::BY_TURNS) bClockwiseFirst = step.bBeyondFirst;
             }
             if (steps > maxSteps) return LOCATE_TOO_FAR;
             if (steps <= numOrderlySteps) [[likely]] {
@@ -150,6 +157,18 @@ NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx,
         edge = second;
         second = third;
     }
+}
+
+}  // namespace
+
+NORVIK2D_HOT_LOOP int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
+                                     int& edgeIndex, int maxSteps) {
+    return walk<Preference::BY_TURNS>(predicates, pVtx, pT, edgeIndex, maxSteps);
+}
+
+NORVIK2D_HOT_LOOP int walkAlongLine(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT,
+                                    int& edgeIndex) {
+    return walk<Preference::ALONG_LINE>(predicates, pVtx, pT, edgeIndex, std::numeric_limits<int>::max());
 }
 
 }  // namespace KELMAR_NORVIK2D

@@ -17,4 +17,8 @@ enum LocateCode { LOCATE_INSIDE = -1, LOCATE_DUPLICATE = 4, LOCATE_TOO_FAR = 5 }
 int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, int& edgeIndex,
                    int maxSteps = std::numeric_limits<int>::max());
 
+/// The same, but straight along the line from corner 0 of the first triangle: all triangles on the way have a point of the
+/// line between that corner and the point.
+int walkAlongLine(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, int& edgeIndex);
+
 }  // namespace KELMAR_NORVIK2D
