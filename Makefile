@@ -9,7 +9,7 @@ MAKEFLAGS += --no-print-directory
 CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench asan tsan format lint docs install clean
+.PHONY: help demo test bench asan tsan stress format lint docs install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -37,6 +37,12 @@ asan: ## run the tests under the address and undefined behaviour sanitizers
 
 tsan: ## run the threaded tests under the thread sanitizer
 	@$(MAKE) test PRESET=tsan
+
+stress: ## insert on many threads for minutes (SEED=, ROUNDS=200)
+	$(DEPENDENCIES) test
+	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
+	$(BUILD) --preset $(PRESET) --target norvik2d_stress
+	build/$(PRESET)/tests/norvik2d_stress $(SEED) $(ROUNDS)
 
 format: ## format all C++ files
 	$(DEPENDENCIES) lint

@@ -7,6 +7,7 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -81,7 +82,11 @@ std::string_view pathInRepository(std::string_view path) {
 
 }  // namespace
 
-void print(std::string_view text) { std::cout << text << std::flush; }
+void print(std::string_view text) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    std::cout << text << std::flush;
+}
 
 // The message, then the place on a line of its own, then the exception: users and their scripts rely on this
 // order.

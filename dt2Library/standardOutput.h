@@ -9,8 +9,8 @@
 
 namespace KELMAR_NORVIK2D {
 
-/// The library's one way to standard output. A text goes out in one piece and is flushed, so that messages of
-/// two threads are less likely to mix, and none is lost when the host ends badly.
+/// The library's one way to standard output, from any thread. A text goes out in one piece, so that those of two threads
+/// don't mix, and is flushed, so that none is lost when the host ends badly.
 void print(std::string_view text);
 
 /// The values one after the other, as a stream writes them by default: whatever format, locale or rounding
