@@ -196,7 +196,11 @@ void Chunk::determineExtBox() {
 Triangle2* Chunk::walkTo(const Point2& point, Triangle2* pT) {
     int edge = -1;
     const int code = walkToConflict(predicates, &point, pT, edge);
-    require(code == LOCATE_INSIDE || code == LOCATE_DUPLICATE, "pStartT!=__null");
+    // Where rounding leaves no room between the points and the fake box, a corner may lie on its edge.
+    const bool bFound = code == LOCATE_INSIDE || code == LOCATE_DUPLICATE ||
+                        predicates.getOrientation2(corner(pT, ccw(code)), corner(pT, cw(code)), &point) ==
+                            ORIENTATION2_COLLINEAR;
+    require(bFound, "pStartT!=__null");
     return pT;
 }
 

@@ -60,7 +60,7 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
         first = last;
     }
     MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::takeBoxOfPoints);
-    for (const Chunk* pChunk : vChunks_) pointBox + pChunk->getBox();
+    for (const Chunk* pChunk : vChunks_) pointBox + pChunk->getBox();  // merges into the left one
     MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
 }
 
