@@ -204,18 +204,16 @@ Triangle2* Chunk::walkTo(const Point2& point, Triangle2* pT) {
     return pT;
 }
 
-/// Collects the triangles whose circumcircle reaches the side ab of the box, by a search over neighbours from the one that
+/// Appends the triangles whose circumcircle reaches the side ab of the box, by a search over neighbours from the one that
 /// holds a.
 void Chunk::grow(const Point2& a, const Point2& b, Triangle2* pStartT, int side, CircleTable& circles,
                  Bbox2& circleBox) {
-    std::vector<Triangle2*> vOpen{pStartT};
+    std::size_t next = vTriangles.size();
+    vTriangles.push_back(pStartT);
     circles.of(pStartT).lastSide = side;
-    while (!vOpen.empty()) {
-        Triangle2* const pT = vOpen.back();
-        vOpen.pop_back();
-        vTriangles.push_back(pT);
+    while (next < vTriangles.size() && !bRunsAlone) {
+        const Triangle2* const pT = vTriangles[next++];
         addCircle(circles.of(pT), "bad accuracy1, todo", circleBox);
-        if (bRunsAlone) return;
         for (int i = 0; i < 3; ++i) {
             Triangle2* const pNeighbour = neighbour(pT, i);
             if (pNeighbour == nullptr) continue;
@@ -223,7 +221,7 @@ void Chunk::grow(const Point2& a, const Point2& b, Triangle2* pStartT, int side,
             if (circle.lastSide == side) continue;
             circle.lastSide = side;
             if (!circle.bTrusted || doesBallIntersect(a, b, circle.center, circle.radius))
-                vOpen.push_back(pNeighbour);
+                vTriangles.push_back(pNeighbour);
         }
     }
 }

@@ -64,11 +64,21 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
     MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
 }
 
+/// The order in which chunks are taken: as many stretches of the curve as there are threads, the first chunk of each, then
+/// the second ones. So threads are seldom in each other's way, and each finds in its own cache what it worked on last.
+/// Chunks that run alone aren't among them.
+void InserterMT::fillPending(std::size_t numThreads) {
+    const std::size_t stretch = vChunks.size() / numThreads + 1;
+    for (std::size_t i = 0; i < stretch; ++i)
+        for (std::size_t k = i; k < vChunks.size(); k += stretch)
+            if (!vChunks[k]->runsAlone()) vPending.push_back({vChunks[k]->getExtBox(), vChunks[k]});
+    std::reverse(vPending.begin(), vPending.end());
+}
+
 /// Chunks that run alone come last, on the calling thread.
 void InserterMT::startWork(int numThreads) {
     require(sStartedChunks.empty(), "sStartedChunks.empty()");
-    for (auto it = vChunks.rbegin(); it != vChunks.rend(); ++it)
-        if (!(*it)->runsAlone()) vPending.push_back({(*it)->getExtBox(), *it});
+    fillPending(static_cast<std::size_t>(numThreads));
     std::vector<std::thread> vWorkers;
     vWorkers.reserve(static_cast<std::size_t>(numThreads));
     try {

@@ -51,6 +51,7 @@ public:
 private:
     friend void startCPU(void* pInserter);
 
+    void fillPending(std::size_t numThreads);
     Chunk* takeFirstFree();
     Chunk* waitForWork();
     void takeBack(Chunk* pChunk);
