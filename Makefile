@@ -9,7 +9,7 @@ MAKEFLAGS += --no-print-directory
 CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench asan tsan stress format lint docs install clean
+.PHONY: help demo test bench stress asan tsan format lint docs install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -32,17 +32,17 @@ bench: ## measure against other libraries and print the table of ratios
 	$(BUILD) --preset release
 	benchmarks/run.sh build/release
 
+stress: ## insert random points 200 times on random numbers of threads (SEED=...)
+	$(DEPENDENCIES) test
+	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
+	$(BUILD) --preset $(PRESET) --target norvik2d_stress
+	build/$(PRESET)/tests/norvik2d_stress $(SEED)
+
 asan: ## run the tests under the address and undefined behaviour sanitizers
 	@$(MAKE) test PRESET=asan-ubsan
 
 tsan: ## run the threaded tests under the thread sanitizer
 	@$(MAKE) test PRESET=tsan
-
-stress: ## insert on many threads for minutes (SEED=, ROUNDS=200)
-	$(DEPENDENCIES) test
-	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
-	$(BUILD) --preset $(PRESET) --target norvik2d_stress
-	build/$(PRESET)/tests/norvik2d_stress $(SEED) $(ROUNDS)
 
 format: ## format all C++ files
 	$(DEPENDENCIES) lint

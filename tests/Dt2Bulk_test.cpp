@@ -5,6 +5,7 @@
 
 #include "Dt2.h"
 #include "Norvik_2D.h"
+#include "bulkInsertion.h"
 #include "canonicalMesh.h"
 #include "captureOutput.h"
 #include "hardPoints.h"
@@ -15,35 +16,6 @@ using namespace KELMAR_NORVIK2D;
 namespace {
 
 constexpr int cpuCounts[] = {1, 2, 4, 8};
-
-std::vector<Point2*> insertBulk(Norvik_2D& mesh, const std::vector<Point2>& points) {
-    std::vector<Point2*> handles;
-    mesh.insert(points, handles);
-    return handles;
-}
-
-std::vector<Point2*> insertArray(Norvik_2D& mesh, const std::vector<Point2>& points) {
-    std::vector<double> coordinates;
-    for (const Point2& point : points) coordinates.insert(coordinates.end(), {point.x(), point.y()});
-    std::vector<Point2*> handles(points.size());
-    mesh.insert(static_cast<int>(points.size()), coordinates.data(), handles.data());
-    return handles;
-}
-
-/// Each handle is the vertex of its point, and there are no other vertices.
-void expectHandles(Norvik_2D& mesh, const std::vector<Point2>& points, const std::vector<Point2*>& handles) {
-    ASSERT_EQ(handles.size(), points.size());
-    std::vector<Point2*> vVertices, vHandled(handles);
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        ASSERT_NE(handles[i], nullptr);
-        ASSERT_EQ(*handles[i], points[i]) << i;
-        ASSERT_EQ(handles[i]->getIncidentTriangle() != nullptr, mesh.is2D()) << i;
-    }
-    mesh.getVertexPointers(vVertices);
-    oneInstance(vVertices);
-    oneInstance(vHandled);
-    EXPECT_EQ(vVertices, vHandled);
-}
 
 std::vector<Point2> line(int n, double dx, double dy) {
     std::vector<Point2> points;
@@ -74,7 +46,7 @@ TEST(Dt2Bulk, AHundredThousandPointsAndOneLessGiveTheSameMeshOnAnyNumberOfThread
             Norvik_2D mesh;
             mesh.setNumCPU(numCPU);
             const auto insert = numCPU == 2 ? insertArray : insertBulk;
-            expectHandles(mesh, points, insert(mesh, points));
+            EXPECT_EQ(handlesBroken(mesh, points, insert(mesh, points)), "");
             EXPECT_TRUE(canonicalMesh(mesh) == expected) << numCPU;
             EXPECT_EQ(lawsBroken(mesh), "");
         }
@@ -91,7 +63,7 @@ TEST(Dt2Bulk, HandlesOfEqualPointsAreTheOneThatStays) {
             points.insert(points.end(), others.begin(), others.end());
             std::vector<Point2*> handles(99, nullptr);
             mesh.insert(points, handles);
-            expectHandles(mesh, points, handles);
+            EXPECT_EQ(handlesBroken(mesh, points, handles), "");
             EXPECT_EQ(handles[0], handles[2]);
             EXPECT_EQ(handles[3], handles[4]);
             EXPECT_EQ(mesh.numberOfPoints(), 3 + others.size());
@@ -135,7 +107,7 @@ TEST(Dt2Bulk, OldVerticesWinAndStay) {
                     all.insert(all.end(), added.begin(), added.end());
                     std::vector<Point2*> allHandles(oldHandles);
                     allHandles.insert(allHandles.end(), handles.begin(), handles.end());
-                    expectHandles(mesh, all, allHandles);
+                    EXPECT_EQ(handlesBroken(mesh, all, allHandles), "");
                 }
 }
 
@@ -153,7 +125,7 @@ TEST(Dt2Bulk, CollinearPointsEndWithoutTriangles) {
                 const std::vector<Point2> points = line(n, step.x(), step.y());
                 const std::vector<Point2*> handles = insertBulk(mesh, points);
                 EXPECT_FALSE(mesh.is2D());
-                expectHandles(mesh, points, handles);
+                EXPECT_EQ(handlesBroken(mesh, points, handles), "");
                 EXPECT_EQ(lawsBroken(mesh), "");
                 insertBulk(mesh, {{step.x(), -7 * step.y() - 1}, {-9, 6}, {step.y(), 8}});
                 EXPECT_TRUE(mesh.is2D());
@@ -181,7 +153,7 @@ TEST(Dt2Bulk, ABoxThatRoundingCannotEnlargeStillGetsCorners) {
             mesh.setNumCPU(numCPU);
             const double next = hardPoints::nudged(offset, 1);
             const std::vector<Point2> points{{offset, offset}, {next, offset}, {offset, next}, {next, next}};
-            expectHandles(mesh, points, insertBulk(mesh, points));
+            EXPECT_EQ(handlesBroken(mesh, points, insertBulk(mesh, points)), "");
             EXPECT_EQ(mesh.numberOfTriangles(), 2U);
             EXPECT_EQ(lawsBroken(mesh), "");
         }

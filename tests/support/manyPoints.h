@@ -1,63 +1,75 @@
 #pragma once
 
 #include <cmath>
-#include <numbers>
 #include <ostream>
 #include <vector>
 
 #include "hardPoints.h"
 
-/// Sets of very many points that are hard to divide among threads.
+/// Points for meshes of a hundred thousand and more vertices, where insertion goes to threads: kinds on which areas of
+/// influence are large, thin, empty or next to each other. Few of them have equal coordinates, unless that is the point.
 namespace manyPoints {
 
-using hardPoints::around0, hardPoints::below, hardPoints::nudged, hardPoints::Rng, hardPoints::unit;
-using KELMAR_NORVIK2D::Point2;
+using hardPoints::Point2, hardPoints::Rng, hardPoints::unit, hardPoints::around0, hardPoints::below,
+    hardPoints::nudged;
 
-/// Whether only one Delaunay triangulation exists: no cocircular points, at least none that matter.
-enum class Mesh { UNIQUE, AMBIGUOUS };
+constexpr int enoughForThreads = 100000;
 
 struct Kind {
     const char* name;
-    Point2 (*make)(Rng&);
-    Mesh mesh = Mesh::UNIQUE;
-    bool bSlow = false;  ///< exact arithmetic all over
+    /// Point i of the sequence.
+    Point2 (*make)(Rng&, int i);
+    /// Squares leave the range of doubles, so that every decision is made by rationals.
+    bool bSlow = false;
 };
 inline std::ostream& operator<<(std::ostream& os, const Kind& kind) { return os << kind.name; }
 
-inline Point2 onCircle(Rng& rng, double radius) {
-    const double angle = 2.0 * std::numbers::pi * unit(rng);
+inline Point2 square(Rng& r) { return {unit(r), unit(r)}; }
+inline Point2 onLines(Rng& r, double spacing) { return {spacing * below(r, 5), unit(r)}; }
+inline Point2 onCircle(Rng& r, double radius) {
+    const double angle = 6.283185307179586 * unit(r);
     return {radius * std::cos(angle), radius * std::sin(angle)};
 }
-
-/// On one of five vertical lines.
-inline Point2 onLine(Rng& rng, double spacing) { return {spacing * below(rng, 5), unit(rng)}; }
+/// About one of 64 points, with nearly normal distances.
+inline Point2 inCluster(Rng& r) {
+    const auto spread = [&] { return 1e-9 * (around0(r) + around0(r) + around0(r)); };
+    const double x = below(r, 8), y = below(r, 8);
+    return {x + spread(), y + spread()};
+}
+/// On or next to one of 50 parallel lines.
+inline Point2 negative(Rng& r, double center, double reach) {
+    const double x = center + reach * around0(r);
+    const double y = center + 0.5 * (x - center) + reach * 0.02 * (below(r, 50) - 25);
+    return {x, nudged(y, r)};
+}
 
 // clang-format off
 inline const Kind kinds[] = {
-    {"uniform", [](Rng& r) { return Point2(unit(r), unit(r)); }},
-    {"duplicates", [](Rng& r) { return Point2(below(r, 300) / 7.0, below(r, 200) / 7.0); }, Mesh::AMBIGUOUS},
-    {"nearlyAllEqual", [](Rng& r) { return below(r, 100) != 0 ? Point2(0.5, 0.5) : Point2(unit(r), unit(r)); }},
-    {"lines1e8", [](Rng& r) { return onLine(r, 1e-8); }},
-    {"lines1e3", [](Rng& r) { return onLine(r, 1e-3); }},
-    {"lines1", [](Rng& r) { return onLine(r, 1.0); }},
-    {"grid", [](Rng& r) { return Point2(below(r, 400), below(r, 400)); }, Mesh::AMBIGUOUS},
-    {"farGrid", [](Rng& r) { return Point2(1e12 + below(r, 400), 1e12 + below(r, 400)); }, Mesh::AMBIGUOUS},
-    {"tightClusters", [](Rng& r) { return Point2(below(r, 10) + 1e-9 * around0(r), 1e-9 * around0(r)); }},
-    {"circle", [](Rng& r) { return onCircle(r, 1.0); }},
-    {"circle1e6", [](Rng& r) { return onCircle(r, 1e6); }},
-    {"circle1e78", [](Rng& r) { return onCircle(r, 1e-78); }, Mesh::UNIQUE, true},
-    {"outlier", [](Rng& r) { return r() < 200000 ? Point2(1e12, 1e12) : Point2(unit(r), unit(r)); }},
-    {"band", [](Rng& r) { double x = unit(r); return Point2(x, x + 1e-6 * unit(r)); }},
-    // Their magnitude lies in the least coordinates, and all turns are decided at the last place.
-    {"negativeQuadrant", [](Rng& r) { double x = -2e6 + 1e6 * unit(r); return Point2(x, nudged(x, r)); }},
-    {"small", [](Rng& r) { return Point2(1e-8 * unit(r), 1e-8 * unit(r)); }},
-    {"huge", [](Rng& r) { return Point2(1e150 * around0(r), 1e150 * around0(r)); }, Mesh::UNIQUE, true},
+    {"uniform", [](Rng& r, int) { return square(r); }},
+    {"duplicates", [](Rng& r, int) { const int k = below(r, 30000);
+                                     return Point2(std::fmod(k * 0.7548776662, 1.0), std::fmod(k * 0.5698402910, 1.0)); }},
+    {"clusters", [](Rng& r, int) { return inCluster(r); }},
+    {"linesAt1e_8", [](Rng& r, int) { return onLines(r, 1e-8); }},
+    {"linesAt1e_3", [](Rng& r, int) { return onLines(r, 1e-3); }},
+    {"linesAt1", [](Rng& r, int) { return onLines(r, 1.0); }},
+    {"grid", [](Rng& r, int) { return Point2(below(r, 400), below(r, 400)); }},
+    {"circle1", [](Rng& r, int) { return onCircle(r, 1.0); }},
+    {"circle1e6", [](Rng& r, int) { return onCircle(r, 1e6); }},
+    {"circle1e_78", [](Rng& r, int) { return onCircle(r, 1e-78); }, true},
+    {"oneOutlier", [](Rng& r, int i) { return i == 777 ? Point2(1e9, -1e7) : square(r); }},
+    {"nearlyAllEqual", [](Rng& r, int i) { return i % 100 == 0 ? square(r) : Point2(0.3, 0.7); }},
+    {"negative", [](Rng& r, int) { return negative(r, -1.5e6, 5e5); }},
+    // Twice this box ends at 0: no upper bound of it tells how large its coordinates are.
+    {"negativeTo0", [](Rng& r, int) { return negative(r, -3.2, 1.6); }},
+    {"huge", [](Rng& r, int) { return Point2(1e150 * around0(r), 1e150 * around0(r)); }, true},
+    {"farGrid", [](Rng& r, int) { return Point2(1e12 + below(r, 400), 1e12 - below(r, 400)); }},
+    {"thinBand", [](Rng& r, int) { const double x = unit(r); return Point2(x, x + 1e-5 * unit(r)); }},
 };
 // clang-format on
 
-inline std::vector<Point2> makePoints(const Kind& kind, std::size_t n, Rng& rng) {
+inline std::vector<Point2> makePoints(const Kind& kind, int n, Rng& rng) {
     std::vector<Point2> points;
-    for (std::size_t i = 0; i < n; ++i) points.push_back(kind.make(rng));
+    for (int i = 0; i < n; ++i) points.push_back(kind.make(rng, i));
     return points;
 }
 
