@@ -5,6 +5,7 @@
 #include <random>
 
 #include "bulkInsertion.h"
+#include "captureOutput.h"
 #include "manyPoints.h"
 #include "meshLaws.h"
 

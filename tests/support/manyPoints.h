@@ -25,7 +25,9 @@ struct Kind {
 inline std::ostream& operator<<(std::ostream& os, const Kind& kind) { return os << kind.name; }
 
 inline Point2 square(Rng& r) { return {unit(r), unit(r)}; }
-inline Point2 onLines(Rng& r, double spacing) { return {spacing * below(r, 5), unit(r)}; }
+inline Point2 onLines(Rng& r, double spacing, double length, double offset = 0.0) {
+    return {offset + spacing * below(r, 5), length * unit(r)};
+}
 inline Point2 onCircle(Rng& r, double radius) {
     const double angle = 6.283185307179586 * unit(r);
     return {radius * std::cos(angle), radius * std::sin(angle)};
@@ -49,9 +51,10 @@ inline const Kind kinds[] = {
     {"duplicates", [](Rng& r, int) { const int k = below(r, 30000);
                                      return Point2(std::fmod(k * 0.7548776662, 1.0), std::fmod(k * 0.5698402910, 1.0)); }},
     {"clusters", [](Rng& r, int) { return inCluster(r); }},
-    {"linesAt1e_8", [](Rng& r, int) { return onLines(r, 1e-8); }},
-    {"linesAt1e_3", [](Rng& r, int) { return onLines(r, 1e-3); }},
-    {"linesAt1", [](Rng& r, int) { return onLines(r, 1.0); }},
+    {"linesAt1e_8", [](Rng& r, int) { return onLines(r, 1e-8, 4e-8); }},
+    {"linesAt1e_3", [](Rng& r, int) { return onLines(r, 1e-3, 1.0); }},
+    {"linesAt1", [](Rng& r, int) { return onLines(r, 1.0, 2.0); }},
+    {"farLines", [](Rng& r, int) { return onLines(r, 1e3, 4e3, 1e15); }},
     {"grid", [](Rng& r, int) { return Point2(below(r, 400), below(r, 400)); }},
     {"circle1", [](Rng& r, int) { return onCircle(r, 1.0); }},
     {"circle1e6", [](Rng& r, int) { return onCircle(r, 1e6); }},
