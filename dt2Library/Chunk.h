@@ -18,13 +18,13 @@ class Visualizer2;
 ///
 /// That goes well because of its area of influence, extBox, and three laws:
 ///  1. Only chunks whose areas are disjoint run at the same time (InserterMT sees to it).
-///  2. A chunk writes only triangles that lie in its area as a whole, and the links of their corners. A point's conflict zone
-///     consists of triangles whose circumcircle holds the point. While more vertices come in these zones only shrink, and the
-///     area encloses the circumcircles that reached the chunk's points before any chunk ran, and those of the triangles
-///     around them, of which flips read the far corners and write the links back.
-///  3. A chunk reads only triangles that have a point in its area: nobody else may be writing these, by law 2. Each walk
-///     begins at a vertex in the area and follows the straight line to a point in the area, so all triangles on its way have
-///     a point of that line, which lies in the area, as boxes are convex.
+///  2. A chunk makes and flips only triangles that lie in its area as a whole. What a new vertex changes lies in the circles
+///     through it that are empty of other vertices; their union only shrinks while vertices come in, and the area encloses
+///     the circles that reached the chunk's points before any chunk ran, and those of the triangles around them.
+///     The triangles next to a changed region get one link written. Two of their corners lie in the area, so no other running
+///     chunk changes them or writes another link of theirs.
+///  3. Each walk begins at corner 0 of a triangle at a vertex in the area, which is in the area too, and follows the line from
+///     there to a point in the area, as boxes are convex.
 class Chunk {
 public:
     using ItemSpan = VertexVault::ItemSpan;
