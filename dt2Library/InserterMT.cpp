@@ -45,7 +45,8 @@ void InserterMT::splitSmallBig(unsigned long numSparse, ItemSpan items, std::vec
 
 void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxAct*>& vDenseVtx,
                               std::vector<Chunk*>& vChunks_) {
-    const std::size_t numDense = vDenseVtx.size(), size = std::max<std::size_t>(numDense / numChunks, 1);
+    const std::size_t numDense = vDenseVtx.size(),
+                      size = std::max<std::size_t>(numDense / std::max(numChunks, 1UL), 1);
     const std::size_t greatestRest = std::min<std::size_t>(size / 3, 999);
     const std::size_t denseOfOneSparse = std::max<std::size_t>(numDense / vSparseVtx.size(), 1);
     chunkPool.init(static_cast<int>(numDense / size) + 1, static_cast<int>(numChunks));
@@ -78,10 +79,10 @@ void InserterMT::fillPending(std::size_t numThreads) {
 /// Chunks that run alone come last, on the calling thread.
 void InserterMT::startWork(int numThreads) {
     require(sStartedChunks.empty(), "sStartedChunks.empty()");
-    fillPending(static_cast<std::size_t>(numThreads));
+    fillPending(static_cast<std::size_t>(std::max(numThreads, 1)));
     std::vector<std::thread> vWorkers;
-    vWorkers.reserve(static_cast<std::size_t>(numThreads));
     try {
+        vWorkers.reserve(static_cast<std::size_t>(std::max(numThreads, 1)));
         for (int i = 0; i < numThreads; ++i) vWorkers.emplace_back(startCPU, this);
     } catch (...) {
         // Where the system refuses to start a thread the job goes on with those that run and this one.
