@@ -173,8 +173,11 @@ NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT13(Triangle2* pT, Point2* pVtx) {
 
 NORVIK2D_HOT_LOOP Triangle2* Dt2::initVCheckT24(Triangle2* pT, Point2* pVtx, int edge) {
     require(neighbour(pT, edge) != nullptr, "pNeigA!=__null");
+    Point2* const pEnd0 = corner(pT, ccw(edge));
+    Point2* const pEnd1 = corner(pT, cw(edge));
     Triangle2* const pV = takeTriangle();
     flipper.splitInFour(pT, pVtx, edge, pV, takeTriangle());
+    splitConstraintAt(pVtx, pEnd0, pEnd1);
     return pT;
 }
 
@@ -253,6 +256,7 @@ void Dt2::splitHullEdge(Triangle2* pT, int edge, Point2* p) {
     Point2* const c = corner(pT, cw(edge));
     Triangle2* const nB = neighbour(pT, ccw(edge));
     Triangle2* const nC = neighbour(pT, cw(edge));
+    splitConstraintAt(p, b, c);
     Triangle2* const pW = createTriangle(p, c, a);
 
     setCorners(pT, p, a, b);

@@ -11,7 +11,10 @@
 #include <vector>
 
 #include "Bbox2.h"
+#include "ConstraintMgr.h"
+#include "Edge2.h"
 #include "HC2.h"
+#include "InnerVtxMgr.h"
 #include "KelmarTest.h"
 #include "MsgBase.h"
 #include "Point2.h"
@@ -29,7 +32,8 @@ class Visualizer2;
 /// destroyed.
 ///
 /// Laws:
-///  1. Between two public calls the mesh is Delaunay and obeys the laws of Triangle2; its outline is convex.
+///  1. Between two public calls the mesh is Delaunay, but across constraints, and obeys the laws of Triangle2; its outline is
+///     convex.
 ///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
 ///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
 ///  4. vCheckT and vRound are empty between insertions, the other scratch lists hold leftovers. All keep their
@@ -58,6 +62,8 @@ public:
     VertexVault& getVertexVault() noexcept { return vertexVault; }
     Progress& getProgress() noexcept { return progress; }
     KelmarTest* getPredicates() noexcept { return &predicates; }
+    ConstraintMgr* getConstraintManager() noexcept { return &constraintMgr; }
+    InnerVtxMgr& getInnerVtxMgr() noexcept { return innerVtxMgr; }
     const Bbox2& getBox() const noexcept { return box; }
     const HC2& getHC() const noexcept { return hc; }
     const SimplePool<Point2>& getVertexPool() const noexcept { return pointPool; }
@@ -172,9 +178,46 @@ public:
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg);
     void statistics(const std::string& title) const;
 
-    /// No edge is a constraint as long as there is no constraint manager.
-    bool isConstraint(const Triangle2* /*pT*/, int /*edge*/) const noexcept { return false; }
-    bool isConstraintVertex(const Point2* /*pVtx*/) const noexcept { return false; }
+    // Dt2_constraints.cpp
+
+    /// Makes constraints of segments, whose ends are inserted. Null, with a warning, for no segments and for coordinates that
+    /// aren't finite; null too if all segments that count are degenerate.
+    ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
+                                       ConstraintInsertionStrategy cis, bool bOrientedSegments);
+    ConstraintGraph2* createConstraint(const std::vector<Edge2*>& vEdges, ConstraintInsertionStrategy cis);
+    /// Drives all constraints into the mesh.
+    void applyConstraintsAndZones();
+
+    bool isConstraint(const Triangle2* pT, int edge) {
+        return isConstraint(corner(pT, ccw(edge)), corner(pT, cw(edge)));
+    }
+    bool isConstraint(Point2* p, Point2* q) { return constraintMgr.isConstraint_performanceVersion(p, q); }
+    bool isConstraintVertex(const Point2* pVtx) const { return constraintMgr.isConstraintVertex(pVtx); }
+
+    /// Makes an alive record, and all pieces it has to be divided into, edges of the mesh, by replacing the triangles that
+    /// they cross.
+    void newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg);
+    /// One step of that: makes a record an edge, or divides it and pushes the pieces.
+    void newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<ConstraintSegment2*>& stack);
+    /// Where two constraints cross: the point, and the record in the way.
+    using Crossings = std::vector<std::pair<Point2, ConstraintSegment2*>>;
+    /// Walks along a record. Makes it an edge if nothing is in its way; otherwise nothing changes, and the answer is the
+    /// vertex in its way, or null and the crossing.
+    Point2* newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS);
+    /// An edge of a polygon that is being triangulated: a triangle to the right of it, inside of which the polygon lies, and
+    /// the index of the opposite corner.
+    using Border = Side;
+    /// Triangulates the polygon between a chain of edges and the straight line from its first vertex to its last; it lies to
+    /// the left of the chain. Appends the new triangles, and returns the one at the line, which is opposite its corner 1.
+    Triangle2* triangulatePolygon(const std::vector<Border>& chain, std::vector<Triangle2*>& vNewT);
+    /// Flips edges of the triangles until all are constrained Delaunay; empties the list.
+    void flipToMatchCDT(std::vector<Triangle2*>& vT);
+    /// Makes a constraint an ordinary edge, with repair of the mesh around it.
+    void killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
+    /// One step towards edges in a mesh that stays Delaunay: divides the record unless it is an edge.
+    void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
+    /// Not built yet: says so.
+    void getCZ(const Point2& src, const Point2& trg, std::vector<Triangle2*>& out);
 
     // Dt2_output.cpp
 
@@ -193,6 +236,11 @@ private:
     Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
     bool sees(const Point2* pVtx, const Side& side);
 
+    // Dt2_constraints.cpp
+    void splitConstraintAt(Point2* pVtx, Point2* pEnd0, Point2* pEnd1);
+    Point2* reportCrossing(const ConstraintSegment2* pCSeg, const Edge2& crossed, Crossings& vPairIspCS);
+    void rebuildConflictZone();
+
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);
     bool wantsFakeBox() const;
@@ -204,6 +252,9 @@ private:
     Triangle2* closestInList(ItemSpan items, std::size_t index, Triangle2* pT);
     void triangulateGate(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT);
 
+    // Dt2_output.cpp
+    bool checkConstraints();
+
     // Dt2_removal.cpp
     bool collectUmbrella(const Point2* pVtx);
     void detachSurroundings(const Point2* pVtx);
@@ -214,6 +265,8 @@ private:
     void flipSpokesAway(Point2* pVtx);
     void cutOff(Point2* pVtx);
     void flipRoundsUntilDelaunay(bool bRespectConstraints);
+    void restoreFlippedConstraints();
+    void flipBackToDelaunay(std::vector<Edge2> vOpen);
     /// Refinement wants to hear of changed triangles; there is none yet.
     void addRefCand3(Triangle2* /*pT*/) noexcept {}
 
@@ -231,6 +284,8 @@ private:
     std::string name;
     bool bNoFlips = false;  ///< knife cutting keeps the mesh in shape
     Progress progress;
+    ConstraintMgr constraintMgr{this};
+    InnerVtxMgr innerVtxMgr;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run
 
@@ -241,6 +296,20 @@ private:
     std::vector<Triangle2*> vUmbrellaT;
     /// The triangles around an umbrella, each with the corner where the edge to it begins, as the umbrella sees it.
     std::vector<std::pair<Point2*, Triangle2*>> vSurroundings;
+    /// Constraint edges that the removal of a hull vertex has flipped.
+    std::vector<ConstraintSegment2*> vFlippedConstraints;
+
+    // Scratch lists of constraint enforcement
+    /// A node of the chain of edges around a polygon, linked by indices.
+    struct ChainNode {
+        Border border;
+        std::size_t previous, next;
+        bool bUnlinked = false;
+    };
+    std::vector<ChainNode> vChainNodes;
+    std::vector<std::size_t> vCandidates, vNextCandidates;
+    std::vector<Border> vRightChain, vLeftChain;
+    std::vector<Triangle2*> vCrossedT, vNewT;
 };
 
 }  // namespace KELMAR_NORVIK2D

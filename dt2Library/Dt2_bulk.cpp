@@ -120,12 +120,13 @@ void Dt2::takeIntoBox(const Bbox2& newPoints) {
 }
 
 /// Multithreaded insertion works in a two-dimensional mesh that holds all points. A box without extent can't
-/// give one, and neither can corners beyond the range of doubles: all goes on one thread then.
+/// give one, and neither can corners beyond the range of doubles: all goes on one thread then, as it does where there are
+/// constraints, which several threads couldn't divide at once.
 bool Dt2::wantsFakeBox() const {
     constexpr double greatest = std::numeric_limits<double>::max() / 4.0;
-    return numCPU >= 2 && !bNoFlips && box.getMaxX() > box.getMinX() && box.getMaxY() > box.getMinY() &&
-           box.getMinX() > -greatest && box.getMaxX() < greatest && box.getMinY() > -greatest &&
-           box.getMaxY() < greatest;
+    return numCPU >= 2 && !bNoFlips && !constraintMgr.hasConstraints() && box.getMaxX() > box.getMinX() &&
+           box.getMaxY() > box.getMinY() && box.getMinX() > -greatest && box.getMaxX() < greatest &&
+           box.getMinY() > -greatest && box.getMaxY() < greatest;
 }
 
 /// Sorting counts as a tenth of the work.

@@ -110,6 +110,36 @@ void Dt2::show(Visualizer2* pVisualizer, bool bWithConstraints) {
              bWithConstraints ? Color(COLORNAME_RED, 0.5F, false) : Color(COLORNAME_BLACK, 0.001F, false));
 }
 
+/// Whether all alive constraints are edges.
+bool Dt2::checkConstraints() {
+    std::vector<ConstraintSegment2*> vAlive, vContained, vMissing;
+    constraintMgr.getAliveConstraintSegments(vAlive);
+    for (ConstraintSegment2* pCSeg : vAlive) {
+        Point2* const p0 = pCSeg->getSrc();
+        Point2* const p1 = pCSeg->getTrg();
+        const bool bContained =
+            p0->getIncidentTriangle() != nullptr && p1->getIncidentTriangle() != nullptr &&
+            (getAdjacentTriangle(p0, p1) != nullptr || getAdjacentTriangle(p1, p0) != nullptr);
+        (bContained ? vContained : vMissing).push_back(pCSeg);
+    }
+    if (vMissing.empty()) return true;
+
+    print(compose("\n* ConstraintSegments (alive): ", vAlive.size(), ", contained: ", vContained.size(),
+                  ", missing: ", vMissing.size(), "\n"));
+    Visualizer2 visualizer(globalPrefix() + "checkValidityFail_" + getName() + ".ps");
+    show(&visualizer, true);
+    const auto addSegments = [&](const std::vector<ConstraintSegment2*>& vSegments, Colorname colorName) {
+        const Color color(colorName, 1.0F, false);
+        for (const ConstraintSegment2* pCSeg : vSegments)
+            visualizer.addObject(Segment2(*pCSeg->getSrc(), *pCSeg->getTrg()), color);
+    };
+    addSegments(vContained, COLORNAME_GREEN);
+    addSegments(vMissing, COLORNAME_RED);
+    visualizer.writeFile();
+    for (const ConstraintSegment2* pCSeg : vMissing) print(compose("Not contained: ", *pCSeg, "\n"));
+    return false;
+}
+
 bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) {
     if (!is2D()) {
         warning("checkValidity(" + msg + ")",
@@ -119,6 +149,7 @@ bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) 
     const std::string source = "Norvik_2D::CheckValidity(" + msg + ")";
     std::vector<Triangle2*> vTriangles;
     getTrianglePointers(vTriangles);
+    const bool bConstraintsOK = checkConstraints();
     const bool bStructureOK = checkStructure(vTriangles, source);
 
     std::vector<NonEmptyCircle> vFailures;
@@ -135,7 +166,7 @@ bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) 
             vFailures.push_back({pT, pFar});
         }
     }
-    if (bStructureOK && vFailures.empty()) return true;
+    if (bStructureOK && vFailures.empty()) return bConstraintsOK;
 
     print("\ncheckValidity, bug, name=" + getName() + "\n");
     show(globalPrefix() + "currentState.ps", true);

@@ -3,6 +3,7 @@
 
 #include "Dt2.h"
 #include "TriangleAroundVertexIterator.h"
+#include "UmbrellaWalk.h"
 #include "diagnostics.h"
 #include "require.h"
 #include "walk.h"
@@ -67,13 +68,16 @@ Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const {
     require(p1 != nullptr, "p1!=__null");
     require(p0 != p1, "p0!=p1");
     requireInMesh(p0);
-    Triangle2* pFound = nullptr;
-    visitUmbrella(p0, [&](Triangle2* pT) {
-        if (corner(pT, ccw(indexOf(pT, p0))) != p1) return false;
-        pFound = pT;
-        return true;
-    });
-    return pFound;
+    if (p1->getIncidentTriangle() == nullptr) return nullptr;
+    // Around both vertices at once: one of them may have very many triangles.
+    UmbrellaWalk around0(p0), around1(p1);
+    do {
+        Triangle2* const pT0 = around0.getTriangle();
+        if (corner(pT0, ccw(indexOf(pT0, p0))) == p1) return pT0;
+        Triangle2* const pT1 = around1.getTriangle();
+        if (corner(pT1, cw(indexOf(pT1, p1))) == p0) return pT1;
+    } while (around0.advance() && around1.advance());
+    return nullptr;
 }
 
 Triangle2* Dt2::locate(const Point2& point) {

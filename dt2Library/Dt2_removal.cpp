@@ -21,8 +21,13 @@ NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(bool bRespectConstraints) {
             for (int i = 0; i < 3; ++i) {
                 Triangle2* pU = neighbour(pT, i);
                 if ((pT == pLastT && pU == pLastU) || (pT == pLastU && pU == pLastT)) continue;
-                if (pU == nullptr || (bRespectConstraints && isConstraint(pT, i))) continue;
+                if (pU == nullptr) continue;
                 if (predicates.circleInc3state(pT, farCorner(pT, i)) != CINC2_INCIRCLE) continue;
+                if (isConstraint(pT, i)) {
+                    if (bRespectConstraints) continue;
+                    vFlippedConstraints.push_back(
+                        constraintMgr.getAliveConstraintSegment(corner(pT, ccw(i)), corner(pT, cw(i))));
+                }
                 flipEdge(pT, i);
                 pLastT = pT;
                 pLastU = pU;
@@ -57,6 +62,7 @@ void Dt2::remove(Point2* pVtx) {
     vertexVault.prefetchItem(pVtx);
     if (!collectUmbrella(pVtx)) {
         remove_CHVersion(pVtx, true);
+        restoreFlippedConstraints();
         return;
     }
     detachSurroundings(pVtx);
@@ -204,6 +210,13 @@ void Dt2::remove_CHVersion(Point2* pVtx, bool bInvalidate) {
     vertexVault.removeAndInvalidateVtx(pVtx);
 }
 
+/// Makes the constraints edges again that gave way to the removal of a hull vertex.
+void Dt2::restoreFlippedConstraints() {
+    const MuteScope muted(progress);
+    for (ConstraintSegment2* pCSeg : vFlippedConstraints) constraintMgr.applyOneSegment(pCSeg);
+    vFlippedConstraints.clear();
+}
+
 /// Flips spokes of a hull vertex until the triangles left around it see a chain that is nowhere convex
 /// towards it. One pass from the clockwise end, with a step back behind each flip, since that may have made
 /// the spoke before flippable. The triangles that have lost the vertex are collected in vRound, those that
@@ -246,13 +259,15 @@ void Dt2::cutOff(Point2* pVtx) {
 
 void Dt2::bfsFlipIncident(Point2* pVtx) {
     std::vector<Edge2> vOpen;
-    const auto pushIfFlippable = [&](Triangle2* pT, int edge) {
-        if (neighbour(pT, edge) != nullptr && !isConstraint(pT, edge)) vOpen.emplace_back(pT, edge);
-    };
     visitUmbrella(pVtx, [&](Triangle2* pT) {
-        pushIfFlippable(pT, indexOf(pT, pVtx));
+        vOpen.emplace_back(pT, indexOf(pT, pVtx));
         return false;
     });
+    flipBackToDelaunay(std::move(vOpen));
+}
+
+/// Flips the edges of the stack, and those that the flips bring to light, until all are Delaunay.
+void Dt2::flipBackToDelaunay(std::vector<Edge2> vOpen) {
     while (!vOpen.empty()) {
         Triangle2 *pFromT, *pU;
         int fromICI, indexInU;
@@ -264,7 +279,7 @@ void Dt2::bfsFlipIncident(Point2* pVtx) {
         flipEdge(pFromT, fromICI);
         for (Triangle2* pT : {pFromT, pU})
             for (int i = 0; i < 3; ++i)
-                if (neighbour(pT, i) != pFromT && neighbour(pT, i) != pU) pushIfFlippable(pT, i);
+                if (neighbour(pT, i) != pFromT && neighbour(pT, i) != pU) vOpen.emplace_back(pT, i);
     }
 }
 

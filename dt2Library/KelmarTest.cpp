@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "diagnostics.h"
+#include "require.h"
 #include "roundingMode.h"
 #include "standardOutput.h"
 
@@ -198,6 +200,16 @@ std::string nameOf(int value, const char* const (&names)[N], const char* unknown
 }  // namespace
 
 KelmarTest::~KelmarTest() {
+    if (intersectionReady) {
+        clearAll(intersection.coordinates);
+        clearAll(intersection.differences);
+        clearAll(intersection.products);
+        clearAll(intersection.crossProducts);
+        clearAll(intersection.terms);
+        clearAll(intersection.numerators);
+        mpq_clear(intersection.denominator);
+        clearAll(intersection.quotients);
+    }
     if (!exactReady) return;
     clearAll(inCircle.coordinates);
     clearAll(inCircle.differences);
@@ -226,6 +238,19 @@ void KelmarTest::gmpInit() {
     initAll(orientation.differences);
     initAll(orientation.products);
     exactReady = true;
+}
+
+void KelmarTest::gmpInitIntersection() {
+    if (intersectionReady) return;
+    initAll(intersection.coordinates);
+    initAll(intersection.differences);
+    initAll(intersection.products);
+    initAll(intersection.crossProducts);
+    initAll(intersection.terms);
+    initAll(intersection.numerators);
+    mpq_init(intersection.denominator);
+    initAll(intersection.quotients);
+    intersectionReady = true;
 }
 
 void KelmarTest::setStaticBound(double magnitude) {
@@ -327,6 +352,55 @@ int KelmarTest::rationalInCircleSign(const Triangle2* pT, const Point2* pQ) {
     mpq_add(result, term[0], term[1]);
     mpq_add(result, result, term[2]);
     return mpq_sgn(result);
+}
+
+IntersectionType KelmarTest::getIntersectionType(const Point2& a, const Point2& b, const Point2& c,
+                                                 const Point2& d) {
+    const Orientation2 sideOfC = getOrientation2(&a, &b, &c);
+    const Orientation2 sideOfD = getOrientation2(&a, &b, &d);
+    if (sideOfC == ORIENTATION2_COLLINEAR && sideOfD == ORIENTATION2_COLLINEAR) {
+        // One end lies between the ends of the other segment.
+        const bool bOverlap =
+            approxHasOn(a, b, c) || approxHasOn(a, b, d) || approxHasOn(c, d, a) || approxHasOn(c, d, b);
+        return bOverlap ? IST_COLLINEAR : IST_NOIS;
+    }
+    if (sideOfC != sideOfD && getOrientation2(&c, &d, &a) != getOrientation2(&c, &d, &b)) return IST_REGULAR;
+    return IST_NOIS;
+}
+
+[[gnu::cold]] void KelmarTest::getIntersectionCoords_gmp(const Point2& a, const Point2& b, const Point2& c,
+                                                         const Point2& d, double& x, double& y) {
+    gmpInitIntersection();
+    auto& [xy, difference, product, cross, term, numerator, denominator, quotient] = intersection;
+    const Point2* const points[4] = {&a, &b, &c, &d};
+    for (int i = 0; i < 4; ++i) {
+        mpq_set_d(xy[2 * i], points[i]->x());
+        mpq_set_d(xy[2 * i + 1], points[i]->y());
+    }
+    mpq_sub(difference[0], xy[0], xy[2]);   // a.x - b.x
+    mpq_sub(difference[1], xy[1], xy[3]);   // a.y - b.y
+    mpq_sub(difference[2], xy[4], xy[6]);   // c.x - d.x
+    mpq_sub(difference[3], xy[5], xy[7]);   // c.y - d.y
+    for (int line = 0; line < 2; ++line) {  // a x b, c x d
+        mpq_mul(product[2 * line], xy[4 * line], xy[4 * line + 3]);
+        mpq_mul(product[2 * line + 1], xy[4 * line + 1], xy[4 * line + 2]);
+        mpq_sub(cross[line], product[2 * line], product[2 * line + 1]);
+    }
+    mpq_mul(term[0], difference[0], difference[3]);
+    mpq_mul(term[1], difference[1], difference[2]);
+    mpq_sub(denominator, term[0], term[1]);
+    if (mpq_sgn(denominator) == 0) {
+        error("KelmarTest::getIntersectionCoords()", "denom=0 -> parallel segments");
+        require(false, "false");
+    }
+    for (int axis = 0; axis < 2; ++axis) {
+        mpq_mul(term[2 + 2 * axis], cross[0], difference[2 + axis]);
+        mpq_mul(term[3 + 2 * axis], difference[axis], cross[1]);
+        mpq_sub(numerator[axis], term[2 + 2 * axis], term[3 + 2 * axis]);
+        mpq_div(quotient[axis], numerator[axis], denominator);
+    }
+    x = mpq_get_d(quotient[0]);
+    y = mpq_get_d(quotient[1]);
 }
 
 std::string KelmarTest::getString(CINC2 verdict) {

@@ -176,8 +176,17 @@ public:
     /// Three-valued in-circle test, exact: all cocircular points give CINC2_ZERO.
     CINC2 exact_circleInc3state(const Triangle2* pT, const Point2* pQ);
 
+    /// How the segments ab and cd meet. Touching in an end counts: as collinear where all four points are, otherwise as
+    /// regular.
+    IntersectionType getIntersectionType(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
+    /// Where the lines ab and cd cross, computed exactly and cut to doubles (toward zero). Parallel lines end in an error
+    /// message and a NorvikException.
+    void getIntersectionCoords_gmp(const Point2& a, const Point2& b, const Point2& c, const Point2& d,
+                                   double& x, double& y);
+
     /// Prepare the rationals; done by the exact stages themselves at their first use.
     void gmpInit();
+    void gmpInitIntersection();
 
     static std::string getString(CINC2 verdict);
     static std::string getString(IntersectionType type);
@@ -206,6 +215,7 @@ private:
     double lowerBound = 0.0;
     double boundMagnitude = 0.0;
     bool exactReady = false;
+    bool intersectionReady = false;
 
     struct InCircleScratch {
         mpq_t coordinates[8];
@@ -222,8 +232,19 @@ private:
         mpq_t differences[4];
         mpq_t products[2];
     };
+    struct IntersectionScratch {
+        mpq_t coordinates[8];
+        mpq_t differences[4];
+        mpq_t products[4];
+        mpq_t crossProducts[2];
+        mpq_t terms[6];
+        mpq_t numerators[2];
+        mpq_t denominator;
+        mpq_t quotients[2];
+    };
     InCircleScratch inCircle;
     OrientationScratch orientation;
+    IntersectionScratch intersection;
 };
 
 /// The free getOrientation2 without its guard, by predicates that each thread has for itself.

@@ -50,6 +50,58 @@ void Norvik_2D::remove(Point2* pVertex) {
     pImpl->remove(pVertex);
 }
 
+ConstraintGraph2* Norvik_2D::createConstraint(const std::vector<Segment2>& vSegments,
+                                              ConstraintInsertionStrategy cis, bool bOrientedSegments) {
+    RoundToNearest nearest;
+    if (vSegments.empty()) {
+        warning("Norvik_2D::createConstraint()", "You have not supplied any segments. Returning NULL!");
+        return nullptr;
+    }
+    return pImpl->createConstraint(vSegments, cis, bOrientedSegments);
+}
+
+void Norvik_2D::applyConstraintsAndZones() {
+    RoundToNearest nearest;
+    if (!is2D()) {
+        warning("Norvik2D::applyConstraintsAndZones()",
+                "The triangulation is not 2D yet, can't apply the constraints");
+        return;
+    }
+    pImpl->applyConstraintsAndZones();
+}
+
+bool Norvik_2D::isConstraint(Point2* p0, Point2* p1) {
+    if (p0 == nullptr || p1 == nullptr) {
+        warning("Norvik_2D::isConstraint()", "null pointer given, returning false");
+        return false;
+    }
+    return pImpl->isConstraint(p0, p1);
+}
+
+bool Norvik_2D::isConstraint(Triangle2* pTriangle, int index) {
+    if (pTriangle == nullptr || index < 0 || index > 2) {
+        warning("Norvik_2D::isConstraint()", "null pointer or illegal index given, returning false");
+        return false;
+    }
+    return pImpl->isConstraint(pTriangle, index);
+}
+
+bool Norvik_2D::isConstraint(Point2* pVertex) {
+    if (pVertex == nullptr) {
+        warning("Norvik_2D::isConstraint()", "null pointer given, returning false");
+        return false;
+    }
+    return pImpl->isConstraintVertex(pVertex);
+}
+
+ConstraintSegment2* Norvik_2D::getConstraintSegment(Point2* p0, Point2* p1) {
+    if (p0 == nullptr || p1 == nullptr) {
+        warning("Norvik_2D::getConstraintSegment()", "null pointer given, returning NULL");
+        return nullptr;
+    }
+    return pImpl->getConstraintManager()->getAliveConstraintSegment(p0, p1);
+}
+
 Triangle2* Norvik_2D::locate(const Point2& point) {
     RoundToNearest nearest;
     return pImpl->locate(point);

@@ -29,6 +29,7 @@ public:
 
     /// A muted progress does nothing at all.
     void setMuted(bool bMuted_) noexcept { bMuted = bMuted_; }
+    bool isMuted() const noexcept { return bMuted; }
 
     /// Whether steps need to be counted: an operation runs and someone listens.
     bool isTracked() const noexcept { return total != 0 && !bMuted && hasListeners(); }
@@ -40,6 +41,10 @@ public:
         if (!isTracked() || bFinished) return;
         count += n;
         if (count % step == 0) refresh();
+    }
+    /// More steps than foreseen.
+    void addToTotal(std::uint64_t n) {
+        if (total != 0) total += n;
     }
     /// Ends an operation. The last value that subscribers get is 1.0, once.
     void finish();
@@ -66,6 +71,21 @@ private:
     std::string name;
     bool bFinished = false;
     bool bMuted = false;
+};
+
+/// Mutes a progress for its lifetime, for operations inside of one that reports already.
+class MuteScope {
+public:
+    explicit MuteScope(Progress& progress_) noexcept : progress(progress_), bWasMuted(progress.isMuted()) {
+        progress.setMuted(true);
+    }
+    ~MuteScope() { progress.setMuted(bWasMuted); }
+    MuteScope(const MuteScope&) = delete;
+    MuteScope& operator=(const MuteScope&) = delete;
+
+private:
+    Progress& progress;
+    bool bWasMuted;
 };
 
 }  // namespace KELMAR_NORVIK2D

@@ -119,6 +119,9 @@ inline void setCorners(Triangle2* pT, Point2* a, Point2* b, Point2* c) noexcept 
     MeshAccess::corner(pT, 1) = b;
     MeshAccess::corner(pT, 2) = c;
 }
+inline void setCorner(Triangle2* pT, int index, Point2* pCorner) noexcept {
+    MeshAccess::corner(pT, index) = pCorner;
+}
 inline void setNeighbours(Triangle2* pT, Triangle2* a, Triangle2* b, Triangle2* c) noexcept {
     MeshAccess::neighbour(pT, 0) = a;
     MeshAccess::neighbour(pT, 1) = b;

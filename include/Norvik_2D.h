@@ -7,6 +7,8 @@
 #include "Bbox2.h"
 #include "Circle2.h"
 #include "Color.h"
+#include "ConstraintGraph2.h"
+#include "ConstraintSegment2.h"
 #include "Edge2.h"
 #include "Label.h"
 #include "MsgBase.h"
@@ -90,8 +92,40 @@ public:
     /// indices are -1.
     void insert(int numPoints, double* coordinates, Point2** handles);
 
-    /// Removes a vertex. Null, and a vertex that isn't in the triangulation (any more), give a warning.
+    /// Removes a vertex. Null, a vertex that isn't in the triangulation (any more), and one that is or was the end of a
+    /// constraint give a warning.
     void remove(Point2* pVertex);
+
+    // Constraints
+
+    /// Makes the segments constraints: their ends are inserted, and the straight pieces between become edges, or chains of
+    /// edges where there are vertices on them or other constraints in their way. What is there already isn't made twice, and
+    /// keeps the strategy that it had. Segments of no length are left out, with a warning unless directions count.
+    ///
+    /// The graph stays the triangulation's. It remembers the segments in their directions if `bOrientedSegments` is true;
+    /// otherwise it looks for one closed ring, and turns that counterclockwise. Null, with a warning, for no segments, and for
+    /// coordinates that aren't finite, when nothing is inserted.
+    ///
+    /// With CIS_CONSTRAINED_DELAUNAY all pieces are edges on return. Conforming segments, and all as long as the points are
+    /// collinear, need applyConstraintsAndZones() as well. Without crossings everything is exact for all finite coordinates.
+    /// A crossing is a new vertex, rounded to doubles: this is faithful for coordinates up to 4e9 in magnitude and details of
+    /// 1e-3 and more, since ends within 1e-6 of a crossing are taken as the crossing.
+    ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
+                                       ConstraintInsertionStrategy cis, bool bOrientedSegments = false);
+
+    /// Makes edges of all constraint pieces that aren't yet. A warning if there are no triangles. Pieces too short for doubles
+    /// to be divided, and those of sets that don't come to rest, stay out, with a warning; the mesh is valid all the same.
+    void applyConstraintsAndZones();
+
+    /// Whether the edge between two vertices, or the edge opposite a triangle's corner, has to stay: it is an alive constraint
+    /// or piece of one.
+    bool isConstraint(Point2* p0, Point2* p1);
+    bool isConstraint(Triangle2* pTriangle, int index);
+    /// Whether the vertex is, or ever was, an end of a constraint piece; it can't be removed.
+    bool isConstraint(Point2* pVertex);
+
+    /// The alive constraint piece between two vertices, or null.
+    ConstraintSegment2* getConstraintSegment(Point2* p0, Point2* p1);
 
     // Queries
 
@@ -131,7 +165,7 @@ public:
     /// there are no triangles: a warning, and `out` stays as it is.
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& out);
 
-    /// Self-test: the links between triangles, and the Delaunay property if `bCheckEmptyCircleProperty` is
+    /// Self-test: the constraints, the links between triangles, and the Delaunay property off the constraints if `bCheckEmptyCircleProperty` is
     /// true. Faults are reported on standard output, marked with `msg`, and plotted to PostScript files in
     /// the working directory.
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg);

@@ -10,6 +10,8 @@ namespace KELMAR_NORVIK2D {
 /// An undirected edge as its two vertices, the one with the lower address first. Pairs are ordered by these addresses.
 class VertexPair2 {
 public:
+    /// No pair: both vertices null.
+    VertexPair2() noexcept = default;
     VertexPair2(Point2* pA, Point2* pB) noexcept : pVtx0(pA), pVtx1(pB) {
         if (std::less<>()(pVtx1, pVtx0)) std::swap(pVtx0, pVtx1);
     }
@@ -26,8 +28,8 @@ public:
     }
 
 private:
-    Point2* pVtx0;
-    Point2* pVtx1;
+    Point2* pVtx0 = nullptr;
+    Point2* pVtx1 = nullptr;
 };
 
 }  // namespace KELMAR_NORVIK2D

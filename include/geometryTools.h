@@ -43,6 +43,37 @@ NORVIK2D_EXPORT Point2 barycenter(const Point2& p0, const Point2& p1, const Poin
 NORVIK2D_EXPORT double computeArea(double a, double b, double c);
 NORVIK2D_EXPORT double getArea2D(const Point2& p0, const Point2& p1, const Point2& p2);
 
+/// Exact equality of both coordinates; a NaN equals nothing.
+NORVIK2D_EXPORT bool samePoint(const Point2& a, const Point2& b);
+
+/// For a point near the line through a and b, as intersections are: whether it lies between them, ends included. Distances are
+/// compared, in double arithmetic: far from the line that says nothing.
+NORVIK2D_EXPORT bool approxHasOn(const Point2& a, const Point2& b, const Point2& q);
+/// For a point on the line through a and b: whether it lies strictly between them.
+NORVIK2D_EXPORT bool hasOnCollinearPoint(const Point2& a, const Point2& b, const Point2& q);
+
+/// Where the lines through p0, p1 and through q0, q1 cross, as the best doubles at hand; a common end is given exactly. Parallel
+/// lines end in an error message and a NorvikException. May be called from several threads.
+NORVIK2D_EXPORT void getIntersectionCoordsNoRounding(const Point2& p0, const Point2& p1, const Point2& q0,
+                                                     const Point2& q1, double& x, double& y);
+/// The same as a point: a copy of the common end if there is one, otherwise without custom index.
+NORVIK2D_EXPORT void getIntersectionPointNoRounding(const Point2& p0, const Point2& p1, const Point2& q0,
+                                                    const Point2& q1, Point2& out);
+/// Where two segments that do meet, p1p2 and p3p4, intersect. If an end lies within 1e-6 (not scaled to the data) of the
+/// computed point, that end is the result, with its custom index. True; a result off the segments ends in a NorvikException.
+NORVIK2D_EXPORT bool getIntersectionPoint(const Point2& p1, const Point2& p2, const Point2& p3,
+                                          const Point2& p4, Point2& isp);
+
+/// The x for which (x, q.y) is as close to the line through p0 and p1 as doubles allow, within `halfRange` of q.x; q.x itself
+/// where the range doesn't reach the line. The same for y.
+NORVIK2D_EXPORT double getBetterX(const Point2& p0, const Point2& p1, const Point2& q, double halfRange);
+NORVIK2D_EXPORT double getBetterY(const Point2& p0, const Point2& p1, const Point2& q, double halfRange);
+/// A point that is already close to the line through p0 and p1, moved as close as doubles allow: by a hundredth of the
+/// segment's extent at most, and by 0.001 (not scaled to the data) at most.
+NORVIK2D_EXPORT Point2 adaptPointToSegment(const Point2& p0, const Point2& p1, const Point2& q);
+/// The middle of the segment, adapted to it.
+NORVIK2D_EXPORT Point2 centerWithShift(const Point2& p0, const Point2& p1);
+
 /// The foot of the perpendicular from `q` to the line through `p0` and `p1`. Without a line, a warning and (-999,-999).
 NORVIK2D_EXPORT Point2 getFootPoint(const Point2& p0, const Point2& p1, const Point2& q);
 

@@ -1,0 +1,326 @@
+#include "ConstraintGraph2.h"
+
+#include <algorithm>
+
+#include "Color.h"
+#include "Dt2.h"
+#include "Segment2.h"
+#include "Visualizer2.h"
+#include "byAddress.h"
+#include "diagnostics.h"
+#include "require.h"
+#include "roundingMode.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+namespace {
+
+Point2* otherEnd(const ConstraintSegment2* pSegment, const Point2* pEnd) {
+    return pSegment->getSrc() == pEnd ? pSegment->getTrg() : pSegment->getSrc();
+}
+
+bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
+    return pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx;
+}
+
+/// The segments at a vertex, of which a ring has two.
+struct SegmentsAtVertex {
+    int degree = 0;
+    ConstraintSegment2* segments[2];
+
+    void add(ConstraintSegment2* pSegment) {
+        if (degree < 2) segments[degree] = pSegment;
+        ++degree;
+    }
+};
+
+void warnImpossible(const char* text) { warning("ConstraintGraph2::checkAndSortPolygon()", text); }
+
+}  // namespace
+
+/// Law: all owned records are keys, with true for those that run from their target to their source.
+struct ConstraintGraph2::Directions {
+    FlatMap<const ConstraintSegment2*, bool> mCSegReverse;
+    FlatMap<const Point2*, std::uint64_t> mSplitCount;  ///< how often each vertex has divided a piece
+};
+
+ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, ConstraintInsertionStrategy cis_)
+    : pDt(pDt_), cis(cis_), pDirections(std::make_unique<Directions>()) {
+    init(parents);
+    bIsOriented = bIsPolygon;
+    if (!bIsPolygon) takeUndirected(parents);
+}
+
+ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, const PairReverse& mPPReverse,
+                                   ConstraintInsertionStrategy cis_)
+    : pDt(pDt_), cis(cis_), bIsOriented(true), pDirections(std::make_unique<Directions>()) {
+    init(parents);
+    takeDirected(parents, mPPReverse);
+}
+
+ConstraintGraph2::~ConstraintGraph2() = default;
+
+void ConstraintGraph2::init(Segments& parents) {
+    for (ConstraintSegment2* pParent : parents) pParent->addOwnerRecursive(this);
+    std::erase_if(parents, [](const ConstraintSegment2* pParent) {
+        const bool bDegenerate = pParent->getSrc() == pParent->getTrg();
+        if (bDegenerate)
+            warning("ConstraintGraph2::ConstraintGraph2()", "Ignoring a degenerate constraint segment");
+        return bDegenerate;
+    });
+    pDirections->mCSegReverse.reserve(parents.size());
+    bIsPolygon = checkAndSortPolygon(parents);
+    if (bIsPolygon) return;
+    vCSegParents.clear();
+    pDirections->mCSegReverse.clear();
+}
+
+// ------------------------------------------------------------------------------------------------ the ring
+
+bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
+    if (!checkAndSortPolygonSub(parents)) return false;
+    setDirectionsRecursive(parents);
+    return true;
+}
+
+/// Follows the ring counterclockwise from its lexicographically smallest vertex, which is a convex corner of any simple ring.
+/// Crossings aren't looked for.
+bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
+    if (parents.size() < 3) return false;
+    FlatMap<const Point2*, SegmentsAtVertex> mVtx2Segments;
+    mVtx2Segments.reserve(parents.size());
+    const Point2* pStart = parents.front()->getSrc();
+    for (ConstraintSegment2* pParent : parents)
+        for (const Point2* pEnd : {pParent->getSrc(), pParent->getTrg()}) {
+            mVtx2Segments[pEnd].add(pParent);
+            if (*pEnd < *pStart) pStart = pEnd;
+        }
+
+    const SegmentsAtVertex& atStart = *mVtx2Segments.find(pStart);
+    if (atStart.degree != 2) return false;
+    const auto [pS0, pS1] = atStart.segments;
+    const Point2* pHead = otherEnd(pS0, pStart);
+    ConstraintSegment2* pCurrent = pS0;
+    switch (pDt->getPredicates()->getOrientation2(pStart, pHead, otherEnd(pS1, pStart))) {
+        case ORIENTATION2_CCW:
+            break;
+        case ORIENTATION2_CW:
+            pHead = otherEnd(pS1, pStart);
+            pCurrent = pS1;
+            break;
+        default:
+            return false;
+    }
+    const Point2* pTail = pStart;
+    for (;;) {
+        vCSegParents.push_back(pCurrent);
+        pDirections->mCSegReverse[pCurrent] = pCurrent->getSrc() == pHead;
+        if (pHead == pStart) return parents.size() == vCSegParents.size();
+
+        const SegmentsAtVertex& atHead = *mVtx2Segments.find(pHead);
+        if (atHead.degree != 2) return false;
+        const bool bFirstGoesBack = touches(atHead.segments[0], pTail);
+        pCurrent = atHead.segments[bFirstGoesBack ? 1 : 0];
+        if (bFirstGoesBack && touches(pCurrent, pTail)) {
+            warnImpossible("Impossible case3!");
+            return false;
+        }
+        if (pCurrent->getSrc() == pCurrent->getTrg()) {
+            warnImpossible(bFirstGoesBack ? "Impossible case2!" : "Impossible case1!");
+            return false;
+        }
+        pTail = pHead;
+        pHead = otherEnd(pCurrent, pTail);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------- directions
+
+void ConstraintGraph2::takeUndirected(const Segments& parents) {
+    require(vCSegParents.empty(), "vCSegParents.empty()");
+    require(pDirections->mCSegReverse.empty(), "mCSegReverse.empty()");
+    vCSegParents = parents;
+    Segments vOpen;
+    for (ConstraintSegment2* pParent : parents) {
+        for (vOpen.assign(1, pParent); !vOpen.empty();) {
+            ConstraintSegment2* const pSegment = vOpen.back();
+            vOpen.pop_back();
+            pDirections->mCSegReverse[pSegment] = false;
+            if (pSegment->isAlive()) continue;
+            ConstraintSegment2 *pKid0, *pKid1;
+            Point2* pSplit;
+            pSegment->getChildrenAndSplitPoint(pKid0, pKid1, pSplit);
+            require(pKid0 != nullptr && pKid1 != nullptr, "pKid0!=__null && pKid1!=__null");
+            vOpen.push_back(pKid0);
+            vOpen.push_back(pKid1);
+        }
+    }
+}
+
+/// The client's directions stand, also against the turn of the ring; a polygon keeps the order of the ring.
+void ConstraintGraph2::takeDirected(const Segments& parents, const PairReverse& mPPReverse) {
+    pDirections->mCSegReverse.clear();
+    if (!bIsPolygon) vCSegParents = parents;
+    for (const ConstraintSegment2* pParent : parents) {
+        require(ByAddress{}(pParent->getSrc(), pParent->getTrg()), "p0<p1");
+        const auto entry = mPPReverse.find({pParent->getSrc(), pParent->getTrg()});
+        require(entry != mPPReverse.end(), "q_it!=mPPReverse.end()");
+        pDirections->mCSegReverse[pParent] = entry->second;
+    }
+    setDirectionsRecursive(parents);
+}
+
+std::pair<Point2*, Point2*> ConstraintGraph2::directedEnds(const ConstraintSegment2* pSegment) const {
+    if (isReverse(pSegment)) return {pSegment->getTrg(), pSegment->getSrc()};
+    return {pSegment->getSrc(), pSegment->getTrg()};
+}
+
+void ConstraintGraph2::getDirectChildren(const ConstraintSegment2* pSegment, ConstraintSegment2*& pChild0,
+                                         ConstraintSegment2*& pChild1) const {
+    pChild0 = pChild1 = nullptr;
+    if (pSegment->isAlive()) return;
+    const auto [pSrc, pTrg] = directedEnds(pSegment);
+    Point2* pSplit;
+    pSegment->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
+    if (pChild1 != nullptr && touches(pChild1, pSrc)) std::swap(pChild0, pChild1);
+    require(pChild0 != nullptr && touches(pChild0, pSrc),
+            "pChild0->getSrc()==pSrc || pChild0->getTrg()==pSrc");
+    require(touches(pChild1, pTrg), "pChild1->getSrc()==pTrg || pChild1->getTrg()==pTrg");
+}
+
+/// Hands the directions of the records down to all below them.
+void ConstraintGraph2::setDirectionsRecursive(Segments vOpen) {
+    while (!vOpen.empty()) {
+        const ConstraintSegment2* const pParent = vOpen.back();
+        vOpen.pop_back();
+        if (pParent->isAlive()) continue;
+        const bool bReverse = isReverse(pParent);
+        ConstraintSegment2 *pChild0, *pChild1;
+        getDirectChildren(pParent, pChild0, pChild1);
+        for (ConstraintSegment2* pChild : {pChild0, pChild1}) {
+            // An end in the same place means the same sense of addresses.
+            const bool bSameSense =
+                pChild->getSrc() == pParent->getSrc() || pChild->getTrg() == pParent->getTrg();
+            pDirections->mCSegReverse[pChild] = bReverse == bSameSense;
+            vOpen.push_back(pChild);
+        }
+        const auto [pParentSrc, pParentTrg] = directedEnds(pParent);
+        const auto [pSrc0, pTrg0] = directedEnds(pChild0);
+        const auto [pSrc1, pTrg1] = directedEnds(pChild1);
+        require(pSrc0 == pParentSrc || pSrc1 == pParentSrc,
+                "pChild0Src==pParentSrc || pChild1Src==pParentSrc");
+        require(pTrg0 == pParentTrg || pTrg1 == pParentTrg,
+                "pChild0Trg==pParentTrg || pChild1Trg==pParentTrg");
+        require(pTrg0 == pSrc1 || pTrg1 == pSrc0, "pChild0Trg==pChild1Src || pChild1Trg==pChild0Src");
+    }
+}
+
+void ConstraintGraph2::updateSplittedConstraintSegment(ConstraintSegment2* pParent, bool bUpdateMgr) {
+    require(!pParent->isAlive(), "!pParentCSeg->isAlive()");
+    require(dbg_hasDirection(pParent), "q_it!=mCSegReverse.end()");
+    setDirectionsRecursive({pParent});
+    ConstraintSegment2 *pChild0, *pChild1;
+    Point2* pSplit = nullptr;
+    pParent->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
+    require(pSplit != nullptr, "pSplit!=__null");
+    ++pDirections->mSplitCount[pSplit];
+    if (bUpdateMgr) pDt->getConstraintManager()->updateConstraintSegment(pParent, pChild0, pChild1);
+}
+
+// ----------------------------------------------------------------------------------------------- questions
+
+bool ConstraintGraph2::dbg_hasDirection(const ConstraintSegment2* pSegment) const {
+    return pSegment != nullptr && pDirections->mCSegReverse.contains(pSegment);
+}
+
+bool ConstraintGraph2::isConstraint(const ConstraintSegment2* pSegment) const {
+    return dbg_hasDirection(pSegment) && pSegment->isAlive();
+}
+
+bool ConstraintGraph2::isConstraint(Point2* p, Point2* q) const {
+    return isConstraint(pDt->getConstraintManager()->getAliveConstraintSegment(p, q));
+}
+
+bool ConstraintGraph2::isReverse(const ConstraintSegment2* pSegment) const {
+    const bool* const pReverse = pDirections->mCSegReverse.find(pSegment);
+    require(pReverse != nullptr, "q_it!=mCSegReverse.end()");
+    return *pReverse;
+}
+
+void ConstraintGraph2::getAliveConstraintChain(Segments& out) const {
+    out.clear();
+    Segments vOpen;
+    for (ConstraintSegment2* pParent : vCSegParents) {
+        for (vOpen.assign(1, pParent); !vOpen.empty();) {
+            ConstraintSegment2* const pSegment = vOpen.back();
+            vOpen.pop_back();
+            if (pSegment->isAlive()) {
+                out.push_back(pSegment);
+                continue;
+            }
+            ConstraintSegment2 *pKid0, *pKid1;
+            getDirectChildren(pSegment, pKid0, pKid1);
+            require(pKid0 != nullptr && pKid1 != nullptr, "pKid0!=__null && pKid1!=__null");
+            vOpen.push_back(pKid1);
+            vOpen.push_back(pKid0);
+        }
+    }
+}
+
+void ConstraintGraph2::getPolygonVertices(std::vector<Point2*>& out) const {
+    Segments vChain;
+    getAliveConstraintChain(vChain);
+    for (const ConstraintSegment2* pPiece : vChain) {
+        require(pPiece->isAlive(), "pCSeg->isAlive()");
+        if (!dbg_hasDirection(pPiece)) {
+            print(compose(
+                "BUG in ConstraintGraph2::getPolygonVertices\nownerCG=", static_cast<const void*>(this),
+                "\nFor constraint segment pCSeg: ", static_cast<const void*>(pPiece), "\n"));
+            require(false, "q_it!=mCSegReverse.end()");
+        }
+        const auto [pSrc, pTrg] = directedEnds(pPiece);
+        out.push_back(pSrc);
+        out.push_back(pTrg);
+    }
+}
+
+void ConstraintGraph2::getOriginalConstraintSegments(Segments& out) const {
+    out = vCSegParents;
+    std::sort(out.begin(), out.end(), ByAddress{});
+    out.erase(std::unique(out.begin(), out.end()), out.end());
+    if (out.size() == vCSegParents.size()) out = vCSegParents;
+}
+
+void ConstraintGraph2::getChildConstraintSegments(Segments& out) const {
+    for (ConstraintSegment2* pParent : vCSegParents) {
+        if (pParent->isAlive())
+            out.push_back(pParent);
+        else
+            pParent->getChildrenRec(out);
+    }
+    std::sort(out.begin(), out.end(), ByAddress{});
+    out.erase(std::unique(out.begin(), out.end()), out.end());
+}
+
+// ------------------------------------------------------------------------------------------------- pictures
+
+void ConstraintGraph2::show(const std::string& fileName) const {
+    Visualizer2 visualizer(fileName);
+    show(&visualizer, Color(1.0, 0.0, 0.0, 0.5, false));
+    visualizer.writeFile();
+}
+
+void ConstraintGraph2::show(Visualizer2* pVisualizer, const Color& color) const {
+    RoundToNearest nearest;
+    if (pVisualizer == nullptr) {
+        warning("ConstraintGraph2::show()", "pVisualizer==NULL, nothing done");
+        return;
+    }
+    std::vector<Point2*> vEnds;
+    getPolygonVertices(vEnds);
+    for (std::size_t i = 0; i + 1 < vEnds.size(); i += 2)
+        pVisualizer->addObject(Segment2(*vEnds[i], *vEnds[i + 1]), color);
+}
+
+}  // namespace KELMAR_NORVIK2D

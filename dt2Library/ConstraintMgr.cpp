@@ -1,0 +1,357 @@
+#include "ConstraintMgr.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iomanip>
+#include <limits>
+#include <locale>
+#include <map>
+#include <new>
+
+#include "Dt2.h"
+#include "diagnostics.h"
+#include "fileFunctions.h"
+#include "require.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+namespace {
+
+/// The different points among many, in the order of their first appearance.
+class DifferentPoints {
+public:
+    explicit DifferentPoints(std::size_t mostPoints) : vPlaces(std::bit_ceil(2 * mostPoints), none) {
+        vPoints.reserve(mostPoints);
+    }
+
+    /// The rank of a point among the different ones.
+    std::uint32_t rankOf(const Point2& point) {
+        const std::size_t mask = vPlaces.size() - 1;
+        std::size_t place = hashOf(point) & mask;
+        for (; vPlaces[place] != none; place = (place + 1) & mask)
+            if (vPoints[vPlaces[place]] == point) return vPlaces[place];
+        vPlaces[place] = static_cast<std::uint32_t>(vPoints.size());
+        vPoints.push_back(point);
+        return vPlaces[place];
+    }
+
+    const std::vector<Point2>& getPoints() const noexcept { return vPoints; }
+
+private:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+    static std::size_t hashOf(const Point2& point) {
+        // Adding 0 makes one zero of both.
+        const std::uint64_t x = std::bit_cast<std::uint64_t>(point.x() + 0.0);
+        const std::uint64_t y = std::bit_cast<std::uint64_t>(point.y() + 0.0);
+        const std::uint64_t product = (x ^ std::rotl(y, 32) * 31) * 0x9E3779B97F4A7C15U;
+        return product ^ product >> 32;
+    }
+
+    std::vector<Point2> vPoints;
+    std::vector<std::uint32_t> vPlaces;
+};
+
+/// Reports about a hundred times in a loop over `n` things that make up a part of an operation.
+class LoopProgress {
+public:
+    LoopProgress(Progress& progress_, std::size_t n)
+        : progress(progress_), step(std::max<std::size_t>(n / 100, 1)) {}
+    void at(std::size_t index) {
+        if (index % step == 0) progress.incProgress(step);
+    }
+
+private:
+    Progress& progress;
+    std::size_t step;
+};
+
+}  // namespace
+
+ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_) {
+    constexpr int firstRecords = 8, mostRecords = 65536;
+    segmentPool.init(firstRecords, mostRecords);
+}
+
+ConstraintMgr::~ConstraintMgr() {
+    vConstraintGraphs.clear();
+    for (ConstraintSegment2* pSegment : vByEnds) pSegment->~ConstraintSegment2();
+}
+
+// ----------------------------------------------------------------------------------------------- questions
+
+ConstraintSegment2* ConstraintMgr::getAliveConstraintSegment(Point2* p, Point2* q) const {
+    ConstraintSegment2* const* ppSegment = mConstraintSegments.find(VertexPair2(p, q));
+    return ppSegment != nullptr && (*ppSegment)->isAlive() ? *ppSegment : nullptr;
+}
+
+void ConstraintMgr::getAliveConstraintSegments(Segments& out) const {
+    const auto isBefore = [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) {
+        return *pA < *pB;
+    };
+    const auto middle = vByEnds.begin() + static_cast<std::ptrdiff_t>(numSorted);
+    std::sort(middle, vByEnds.end(), isBefore);
+    std::inplace_merge(vByEnds.begin(), middle, vByEnds.end(), isBefore);
+    numSorted = vByEnds.size();
+    std::copy_if(vByEnds.begin(), vByEnds.end(), std::back_inserter(out),
+                 [](const ConstraintSegment2* pSegment) { return pSegment->isAlive(); });
+}
+
+// ------------------------------------------------------------------------------------------------- records
+
+ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q,
+                                                        ConstraintInsertionStrategy cis) {
+    require(p != q, "p0<p1");
+    const VertexPair2 ends(p, q);
+    const auto [ppSegment, bNew] = mConstraintSegments.insert(ends);
+    if (!bNew) return *ppSegment;
+    sConstraintVertices.insert(p);
+    sConstraintVertices.insert(q);
+    vByEnds.push_back(::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis));
+    *ppSegment = vByEnds.back();
+    manageHash(*ppSegment);
+    return *ppSegment;
+}
+
+void ConstraintMgr::updateConstraintSegment(ConstraintSegment2* pParent, ConstraintSegment2* pChild0,
+                                            ConstraintSegment2* pChild1) {
+    require(!pParent->isAlive(), "!pParentCSeg->isAlive()");
+    require(pChild0 != pChild1, "pCSeg0!=pCSeg1");
+    // Children are in the books from their making on.
+    for (const ConstraintSegment2* pChild : {pChild0, pChild1})
+        require(mConstraintSegments.contains(VertexPair2(pChild->getSrc(), pChild->getTrg())),
+                "key0.first<key0.second");
+}
+
+void ConstraintMgr::manageHash(const ConstraintSegment2* pSegment) {
+    constexpr std::size_t mostWithoutFilter = 9999;
+    const auto mark = [&](const Point2* pVtx) { wordOf(*pVertexFilter, pVtx) |= bitOf(pVtx); };
+    if (pVertexFilter == nullptr) {
+        if (pDt->getApproxNumPoints() <= mostWithoutFilter) return;
+        pVertexFilter = std::make_unique<VertexFilter>();
+        sConstraintVertices.visitKeys(mark);
+    }
+    if (pSegment == nullptr) return;
+    mark(pSegment->getSrc());
+    mark(pSegment->getTrg());
+}
+
+// --------------------------------------------------------------------------------------------- enforcement
+
+void ConstraintMgr::applyOneSegment(ConstraintSegment2* pSegment) {
+    if (!pDt->is2D()) return;
+    if (!pSegment->isAlive()) {
+        Segments vLeaves;
+        pSegment->getChildrenRec(vLeaves);
+        for (ConstraintSegment2* pLeaf : vLeaves) applyOneSegment(pLeaf);
+        return;
+    }
+    switch (pSegment->getCIS()) {
+        case CIS_CONFORMING_DELAUNAY:
+            pDt->insertSegmentConformingDelaunay(pSegment);
+            break;
+        case CIS_CONSTRAINED_DELAUNAY:
+            pDt->newCDT_applyOneCS(pSegment);
+            break;
+        default:
+            error("ConstraintMgr::apply()", "Unknown CIS");
+    }
+}
+
+/// To enforce one record may divide others: the records are gone through until a whole pass has divided none.
+void ConstraintMgr::apply() {
+    constexpr int mostPasses = 499;
+    Progress& progress = pDt->getProgress();
+    Segments vCurrent, vNext;
+    getAliveConstraintSegments(vCurrent);
+    progress.start("apply", vCurrent.size());
+    for (int numPasses = 1; !vCurrent.empty(); ++numPasses) {
+        if (!applyOnce(vCurrent, vNext)) break;
+        vCurrent.swap(vNext);
+        vNext.clear();
+        if (numPasses < mostPasses) continue;
+        warning("ConstraintMgr::apply()", "insufficient numeric accuracy, need to skip last insertions");
+        break;
+    }
+    progress.finish();
+}
+
+/// One pass over the records; appends those that are alive behind it to `vNext`. Whether one of them was divided.
+bool ConstraintMgr::applyOnce(const Segments& vCurrent, Segments& vNext) {
+    Progress& progress = pDt->getProgress();
+    bool bChanged = false;
+    for (ConstraintSegment2* pSegment : vCurrent) {
+        progress.incProgress(1);
+        const bool bWasAlive = pSegment->isAlive();
+        if (bWasAlive) {
+            const MuteScope muted(progress);
+            applyOneSegment(pSegment);
+        }
+        if (pSegment->isAlive()) {
+            vNext.push_back(pSegment);
+            progress.addToTotal(1);
+            continue;
+        }
+        pSegment->getChildrenRec(vNext);
+        if (bWasAlive) progress.addToTotal(4);
+        bChanged = true;
+    }
+    return bChanged;
+}
+
+// --------------------------------------------------------------------------------------------------- input
+
+ConstraintGraph2* ConstraintMgr::keep(std::unique_ptr<ConstraintGraph2> pGraph) {
+    vConstraintGraphs.push_back(std::move(pGraph));
+    return vConstraintGraphs.back().get();
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& vPairs,
+                                                  ConstraintInsertionStrategy cis, bool bApply) {
+    Progress& progress = pDt->getProgress();
+    // Making, and enforcing, which counts twice.
+    progress.start("establish constraints", 3 * vPairs.size());
+    LoopProgress loopProgress(progress, vPairs.size());
+    mConstraintSegments.reserve(mConstraintSegments.size() + vPairs.size());
+    Segments vSegments;
+    vSegments.reserve(vPairs.size());
+    for (std::size_t i = 0; i < vPairs.size(); ++i) {
+        loopProgress.at(i);
+        const auto [p, q] = vPairs[i];
+        if (p != q) {
+            vSegments.push_back(addConstraintSegment(p, q, cis));
+            continue;
+        }
+        warning("ConstraingMgr::createConstraint",
+                "(0) Identical source and endpoint, a constraint segment has been skipped.");
+        print(compose(*p, " <-> ", *q, "\n"));
+    }
+    // Before anything is enforced: what is divided needs an owner.
+    ConstraintGraph2* const pGraph = keep(std::make_unique<ConstraintGraph2>(pDt, vSegments, cis));
+    for (std::size_t i = 0; bApply && i < vSegments.size(); ++i) {
+        loopProgress.at(i);
+        const MuteScope muted(progress);
+        applyOneSegment(vSegments[i]);
+    }
+    progress.finish();
+    return pGraph;
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Edge2*>& vEdges,
+                                                  ConstraintInsertionStrategy cis, bool bApply) {
+    if (vEdges.empty()) return nullptr;
+    std::vector<PointPair> vPairs(vEdges.size());
+    for (std::size_t i = 0; i < vEdges.size(); ++i) vEdges[i]->getPoints(vPairs[i].first, vPairs[i].second);
+    return createConstraint(vPairs, cis, bApply);
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Segment2>& vSegments,
+                                                  ConstraintInsertionStrategy cis) {
+    if (vSegments.empty()) return nullptr;
+    // All ends in one bulk insertion, each once.
+    DifferentPoints differentPoints(2 * vSegments.size());
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> vRanks;
+    vRanks.reserve(vSegments.size());
+    for (const Segment2& segment : vSegments) {
+        const std::uint32_t src = differentPoints.rankOf(segment.getSrc());
+        vRanks.emplace_back(src, differentPoints.rankOf(segment.getTrg()));
+    }
+    std::vector<Point2*> vHandles;
+    {
+        const MuteScope muted(pDt->getProgress());
+        pDt->insertVector(differentPoints.getPoints(), &vHandles);
+    }
+    std::vector<PointPair> vPairs;
+    vPairs.reserve(vSegments.size());
+    for (const auto& [src, trg] : vRanks) vPairs.emplace_back(vHandles[src], vHandles[trg]);
+    return createConstraint(vPairs, cis, true);
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,
+                                                           ConstraintInsertionStrategy cis) {
+    std::vector<PointPair> vPairs;
+    vPairs.reserve(vSegments.size());
+    for (const Segment2& segment : vSegments) {
+        Point2* const pSrc = pDt->insert(segment.getSrc());
+        vPairs.emplace_back(pSrc, pDt->insert(segment.getTrg()));
+    }
+    return createDirected(vPairs, cis);
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Edge2>& vEdges,
+                                                           ConstraintInsertionStrategy cis) {
+    std::vector<PointPair> vPairs(vEdges.size());
+    for (std::size_t i = 0; i < vEdges.size(); ++i) vEdges[i].getPoints(vPairs[i].first, vPairs[i].second);
+    return createDirected(vPairs, cis);
+}
+
+/// Of a pair that comes repeatedly the first direction stands.
+ConstraintGraph2* ConstraintMgr::createDirected(const std::vector<PointPair>& vPairs,
+                                                ConstraintInsertionStrategy cis) {
+    if (vPairs.empty()) return nullptr;
+    ConstraintGraph2::PairReverse mPPReverse;
+    Segments vSegments;
+    for (const auto& [pSrc, pTrg] : vPairs) {
+        if (pSrc == pTrg) continue;
+        vSegments.push_back(addConstraintSegment(pSrc, pTrg, cis));
+        mPPReverse.emplace(PointPair(vSegments.back()->getSrc(), vSegments.back()->getTrg()),
+                           vSegments.back()->getSrc() != pSrc);
+    }
+    ConstraintGraph2* const pGraph =
+        keep(std::make_unique<ConstraintGraph2>(pDt, vSegments, mPPReverse, cis));
+    for (ConstraintSegment2* pSegment : vSegments) applyOneSegment(pSegment);
+    return pGraph;
+}
+
+// --------------------------------------------------------------------------------------------- diagnostics
+
+namespace {
+
+/// The alive pieces of the segments that a graph was made of.
+std::vector<ConstraintSegment2*> alivePiecesOf(const ConstraintGraph2& graph) {
+    std::vector<ConstraintSegment2*> vSegments, vPieces;
+    graph.getOriginalConstraintSegments(vSegments);
+    for (ConstraintSegment2* pSegment : vSegments) {
+        if (pSegment->isAlive())
+            vPieces.push_back(pSegment);
+        else
+            pSegment->getChildrenRec(vPieces);
+    }
+    return vPieces;
+}
+
+void announceFile(const char* source, std::size_t numPieces, const std::string& fileName) {
+    info(source, compose("writes ", numPieces, " child segments to ", fileName));
+}
+
+}  // namespace
+
+void ConstraintMgr::writeConstraints(const std::string& name) const {
+    constexpr int digits = 70;  // all that a double may have, in practice
+    for (std::size_t i = 0; i < vConstraintGraphs.size(); ++i) {
+        const Segments vPieces = alivePiecesOf(*vConstraintGraphs[i]);
+        const std::string fileName = name + "_c" + std::to_string(i) + ".con";
+        announceFile("ConstraintMgr::writeConstraints()", vPieces.size(), fileName);
+        std::ofstream file(fileName);
+        file.imbue(std::locale::classic());
+        file << std::setprecision(digits);
+        for (const ConstraintSegment2* pPiece : vPieces)
+            file << pPiece->getSrc()->x() << "\t" << pPiece->getSrc()->y() << "\t" << pPiece->getTrg()->x()
+                 << "\t" << pPiece->getTrg()->y() << "\n";
+    }
+}
+
+void ConstraintMgr::writeConstraintsBIN(const std::string& name) const {
+    for (std::size_t i = 0; i < vConstraintGraphs.size(); ++i) {
+        const Segments vPieces = alivePiecesOf(*vConstraintGraphs[i]);
+        const std::string fileName = name + "_c" + std::to_string(i) + "_con.bin";
+        announceFile("ConstraintMgr::writeConstraintsBIN()", vPieces.size(), fileName);
+        std::vector<Segment2> vSegments;
+        for (const ConstraintSegment2* pPiece : vPieces)
+            vSegments.emplace_back(*pPiece->getSrc(), *pPiece->getTrg());
+        writeSegmentsBIN(fileName.c_str(), vSegments);
+    }
+}
+
+}  // namespace KELMAR_NORVIK2D
