@@ -24,15 +24,18 @@ bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
     return pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx;
 }
 
-/// The segments at a vertex, of which a ring has two.
+/// The segments at a vertex. A ring has two; of more only that there are more is kept.
 struct SegmentsAtVertex {
-    int degree = 0;
-    ConstraintSegment2* segments[2];
+    ConstraintSegment2* pFirst = nullptr;
+    ConstraintSegment2* pSecond = nullptr;
 
     void add(ConstraintSegment2* pSegment) {
-        if (degree < 2) segments[degree] = pSegment;
-        ++degree;
+        if (pSecond != nullptr)
+            pFirst = nullptr;
+        else
+            (pFirst == nullptr ? pFirst : pSecond) = pSegment;
     }
+    bool areTwo() const { return pFirst != nullptr && pSecond != nullptr; }
 };
 
 void warnImpossible(const char* text) { warning("ConstraintGraph2::checkAndSortPolygon()", text); }
@@ -98,8 +101,8 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
         }
 
     const SegmentsAtVertex& atStart = *mVtx2Segments.find(pStart);
-    if (atStart.degree != 2) return false;
-    const auto [pS0, pS1] = atStart.segments;
+    if (!atStart.areTwo()) return false;
+    const auto [pS0, pS1] = atStart;
     const Point2* pHead = otherEnd(pS0, pStart);
     ConstraintSegment2* pCurrent = pS0;
     switch (pDt->getPredicates()->getOrientation2(pStart, pHead, otherEnd(pS1, pStart))) {
@@ -119,9 +122,9 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
         if (pHead == pStart) return parents.size() == vCSegParents.size();
 
         const SegmentsAtVertex& atHead = *mVtx2Segments.find(pHead);
-        if (atHead.degree != 2) return false;
-        const bool bFirstGoesBack = touches(atHead.segments[0], pTail);
-        pCurrent = atHead.segments[bFirstGoesBack ? 1 : 0];
+        if (!atHead.areTwo()) return false;
+        const bool bFirstGoesBack = touches(atHead.pFirst, pTail);
+        pCurrent = bFirstGoesBack ? atHead.pSecond : atHead.pFirst;
         if (bFirstGoesBack && touches(pCurrent, pTail)) {
             warnImpossible("Impossible case3!");
             return false;

@@ -257,15 +257,27 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Segment2>& v
         const std::uint32_t src = differentPoints.rankOf(segment.getSrc());
         vRanks.emplace_back(src, differentPoints.rankOf(segment.getTrg()));
     }
-    std::vector<Point2*> vHandles;
-    {
-        const MuteScope muted(pDt->getProgress());
-        pDt->insertVector(differentPoints.getPoints(), &vHandles);
-    }
+    const std::vector<Point2*> vHandles = verticesOf(differentPoints.getPoints());
     std::vector<PointPair> vPairs;
     vPairs.reserve(vSegments.size());
     for (const auto& [src, trg] : vRanks) vPairs.emplace_back(vHandles[src], vHandles[trg]);
     return createConstraint(vPairs, cis, true);
+}
+
+/// The vertices of different points. Those that are found quickly aren't inserted again.
+std::vector<Point2*> ConstraintMgr::verticesOf(const std::vector<Point2>& vPoints) {
+    const MuteScope muted(pDt->getProgress());
+    const VertexVault& vault = pDt->getVertexVault();
+    std::vector<Point2*> vHandles(vPoints.size(), nullptr), vNewHandles;
+    std::vector<Point2> vNewPoints;
+    for (std::size_t i = 0; i < vPoints.size(); ++i) {
+        vHandles[i] = vault.getSortedVertexPointer(vPoints[i]);
+        if (vHandles[i] == nullptr) vNewPoints.push_back(vPoints[i]);
+    }
+    pDt->insertVector(vNewPoints, &vNewHandles);
+    for (auto [i, next] = std::pair(std::size_t{0}, vNewHandles.begin()); i < vPoints.size(); ++i)
+        if (vHandles[i] == nullptr) vHandles[i] = *next++;
+    return vHandles;
 }
 
 ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,

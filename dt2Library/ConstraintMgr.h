@@ -112,13 +112,18 @@ private:
                ((wordOf(*pVertexFilter, p) & bitOf(p)) != 0 && (wordOf(*pVertexFilter, q) & bitOf(q)) != 0);
     }
 
+    std::vector<Point2*> verticesOf(const std::vector<Point2>& vPoints);
     ConstraintGraph2* createDirected(const std::vector<PointPair>& vPairs, ConstraintInsertionStrategy cis);
     bool applyOnce(const Segments& vCurrent, Segments& vNext);
     ConstraintGraph2* keep(std::unique_ptr<ConstraintGraph2> pGraph);
 
     struct PairHash {
         std::size_t operator()(const VertexPair2& pair) const noexcept {
-            return AddressHash{}(pair.getVtx0()) ^ AddressHash {}(pair.getVtx1()) * 31;
+            constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U;
+            const auto address0 = reinterpret_cast<std::uintptr_t>(pair.getVtx0());
+            const auto address1 = reinterpret_cast<std::uintptr_t>(pair.getVtx1());
+            const std::uint64_t product = (address0 * odd ^ address1) * odd;
+            return product >> 32 ^ product >> 52;
         }
     };
 

@@ -136,6 +136,12 @@ Point2* VertexVault::getVertexPointer(const Point2& point) const {
     return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
 }
 
+Point2* VertexVault::getSortedVertexPointer(const Point2& point) const {
+    const unsigned index = findItem(pDt2->getHC().iReset(point),
+                                    [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
+    return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
+}
+
 Triangle2* VertexVault::getCloseTriangle(std::uint32_t key) const {
     require(bFullDimensional, "bFullDimensional");
     require(!vIdxVtxAct.empty() || hasFakeBox(), "!vIdxVtxAct.empty()");

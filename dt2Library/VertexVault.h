@@ -57,6 +57,8 @@ public:
     bool isActive(const Point2* pVtx) const { return findVtx(pVtx) != notFound; }
     /// The vertex at these coordinates, or null.
     Point2* getVertexPointer(const Point2& point) const;
+    /// The same, but only if the vertex is in the sorted part under its key: quick also for points that aren't there.
+    Point2* getSortedVertexPointer(const Point2& point) const;
     /// A live triangle to start a walk to a point with this key from.
     Triangle2* getCloseTriangle(std::uint32_t key) const;
     /// The incident triangle of the first active item; null if not full-dimensional or (with a warning) none
