@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Triangulates the world's coastlines and draws them:   demo.sh PROGRAM OUTPUT_FOLDER
+# Makes edges of the world's coastlines and draws them, in red over the triangulation:   demo.sh PROGRAM OUTPUT_FOLDER
 set -euo pipefail
 
 program=$1
@@ -7,7 +7,7 @@ folder=$2
 data=$(dirname "$0")/../data/coast_50m.seg
 
 mkdir -p "$folder"
-"$program" triangulate "$data" --ps "$folder/coast.ps"
+"$program" constrain "$data" --ps "$folder/coast.ps"
 echo
 echo "The triangulated coastlines: $folder/coast.ps"
 if command -v gs >/dev/null 2>&1; then

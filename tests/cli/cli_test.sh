@@ -150,6 +150,10 @@ wrongUsageIsStatusTwo() {
     expect_status 2
     run triangulate points.xy --threads -1
     expect_status 2
+    run constrain points.xy --points
+    expect_status 2
+    run constrain points.xy --points-out points.xy
+    expect_status 2
     run --help
     expect_status 0
     run triangulate --help
@@ -182,6 +186,105 @@ progressIsForTerminalsOnly() {
     command -v script >/dev/null || return 0
     script -qec "'$program' triangulate '$data/coast_110m.seg' --progress >/dev/null" /dev/null >out </dev/null
     grep -qF '[####' out || fail "a bar expected"
+}
+
+# The summary of `constrain` but for the time: given degenerate pieces splits crossings added missing points triangles.
+expect_constraints() {
+    expect_status 0
+    local -r names=("segments given" degenerate "alive pieces" splits crossings "vertices added" "not enforced" points
+        triangles)
+    local i=0
+    for value in "$@"; do expect_line "${names[i++]}: $value"; done
+    grep -qE '^seconds: [0-9.e-]+$' out || fail "seconds expected"
+    [[ $(wc -l <out) -eq 10 ]] || fail "nothing but the summary expected"
+    expect_silent_error
+}
+
+constraintsAreCounted() {
+    printf '0 0 4 4\n0 4 4 0\n' >cross.seg
+    run constrain cross.seg --threads 2
+    expect_constraints 2 0 4 2 1 1 0 5 4
+    echo 2 2 >centre.xy
+    run constrain cross.seg --points centre.xy
+    expect_constraints 2 0 4 2 0 0 0 5 4
+    printf '0 0 4 0\n1 0 3 0\n1 0 3 0\n3 0 1 0\n2 2 2 2\n' >overlapping.seg
+    run constrain overlapping.seg
+    expect_constraints 5 1 3 2 0 0 0 5 3
+    run constrain "$data/coast_110m.seg" --check
+    expect_line "segments given: 4992"
+    expect_line "not enforced: 0"
+    expect_status 0
+}
+
+conformingSegmentsAreHalved() {
+    echo 0 0 4 0 >flat.seg
+    printf '2 0.5\n2 -0.5\n' >near.xy
+    run constrain flat.seg --points near.xy --conforming
+    expect_constraints 1 0 2 1 0 1 0 5 4
+    run constrain flat.seg --points near.xy
+    expect_constraints 1 0 1 0 0 0 0 4 2
+    printf '0 0 4 4\n0 4 4 0\n' >cross.seg
+    run constrain cross.seg --conforming
+    expect_constraints 2 0 4 2 1 1 0 5 4
+}
+
+missingPiecesAreCountedAndFailTheCheck() {
+    # Halving these doesn't hit their crossings.
+    printf '0 0 5 5\n0 5 7 0.3\n0 1 5 1.7\n' >crossing.seg
+    run constrain crossing.seg --conforming
+    expect_status 0
+    grep -qE '^not enforced: [1-9]' out || fail "missing pieces expected"
+    run constrain crossing.seg --conforming --check
+    expect_status 1
+    expect_error "crossing.seg: the triangulation is not valid"
+}
+
+constraintsOfCollinearPointsWait() {
+    printf '0 0 1 1\n1 1 3 3\n' >line.seg
+    run constrain line.seg
+    expect_constraints 2 0 2 0 0 0 2 3 0
+    printf '1 1 1 1\n' >point.seg
+    run constrain point.seg
+    expect_constraints 1 1 0 0 0 0 0 1 0
+    : >empty.seg
+    run constrain empty.seg
+    expect_constraints 0 0 0 0 0 0 0 0 0
+}
+
+constraintsAreRed() {
+    printf '0 0 4 0\n4 0 4 4\n4 4 0 4\n0 4 0 0\n' >square.seg
+    run constrain square.seg --ps square.ps
+    expect_status 0
+    [[ $(grep -c 'lineto$' square.ps) -eq 5 ]] || fail "five edges expected"
+    [[ $(grep -A 20 -E '^1(\.0)?\s+0(\.0)?\s+0(\.0)?\s+setrgbcolor' square.ps | grep -c 'lineto$') -eq 4 ]] ||
+        fail "four red edges expected"
+}
+
+badSegmentsAreTold() {
+    printf '0 0 1 1\n0 0 1\n' >short.txt
+    run constrain short.txt
+    expect_status 1
+    expect_error "short.txt:2: 4 numbers expected, 3 found"
+    binary_file 20 1 $zero $zero >points
+    run constrain points
+    expect_status 1
+    expect_error "points: holds points, not segments"
+    binary_file 21 2 $zero $zero $one $one >short
+    run constrain short
+    expect_status 1
+    expect_error "short: holds 1 segments, its header tells 2"
+    binary_file 31 1 $zero $zero $one $one $infinity $one >infinite
+    run constrain infinite
+    expect_status 1
+    expect_error "infinite: segment 1 is not finite"
+    binary_file 21 1 $zero $zero $one $one >segment
+    run constrain segment --points missing.xy
+    expect_status 1
+    expect_error "missing.xy: can't be read"
+    [[ ! -s out ]] || fail "nothing expected on standard output"
+    printf '1 0\n' >corner.xy
+    run constrain segment --points corner.xy
+    expect_constraints 1 0 1 0 0 0 0 3 1
 }
 
 "$case_name"

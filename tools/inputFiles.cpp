@@ -1,4 +1,4 @@
-#include "pointInput.h"
+#include "inputFiles.h"
 
 #include <algorithm>
 #include <array>
@@ -113,7 +113,8 @@ std::int32_t fileTypeOf(const std::string& content) {
 }
 
 /// The library completes a file that ends early by zeros; here its size must be what its header tells.
-void checkBinarySize(const std::string& content, const std::string& path, std::size_t coordinates) {
+void checkBinarySize(const std::string& content, const std::string& path, std::size_t coordinates,
+                     const char* records) {
     constexpr std::size_t headerSize = sizeof(std::int32_t) + sizeof(std::uint64_t);
     std::uint64_t count = 0;
     if (content.size() < headerSize) failFile(path, "ends within the header of a binary file");
@@ -121,16 +122,25 @@ void checkBinarySize(const std::string& content, const std::string& path, std::s
     const std::size_t recordSize = coordinates * sizeof(double);
     const std::size_t numRecords = (content.size() - headerSize) / recordSize;
     if (numRecords != count || (content.size() - headerSize) % recordSize != 0)
-        failFile(path, "holds " + std::to_string(numRecords) + " points, its header tells " +
+        failFile(path, "holds " + std::to_string(numRecords) + ' ' + records + ", its header tells " +
                            std::to_string(count));
 }
 
+bool isFinite(const Point2& point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
+
 void readBinary(const std::string& content, const std::string& path, std::vector<Point2>& points) {
-    checkBinarySize(content, path, fileTypeOf(content) == filePoints3D ? 3 : 2);
+    checkBinarySize(content, path, fileTypeOf(content) == filePoints3D ? 3 : 2, "points");
     if (!readPointsBIN(path.c_str(), points)) failFile(path, "can't be read");
     for (std::size_t i = 0; i < points.size(); ++i)
-        if (!std::isfinite(points[i].x()) || !std::isfinite(points[i].y()))
-            failFile(path, "point " + std::to_string(i + 1) + " is not finite");
+        if (!isFinite(points[i])) failFile(path, "point " + std::to_string(i + 1) + " is not finite");
+}
+
+void readBinary(const std::string& content, const std::string& path, std::vector<Segment2>& segments) {
+    checkBinarySize(content, path, fileTypeOf(content) == fileSegments3D ? 6 : 4, "segments");
+    if (!readSegmentsBIN(path.c_str(), segments)) failFile(path, "can't be read");
+    for (std::size_t i = 0; i < segments.size(); ++i)
+        if (!isFinite(segments[i].getSrc()) || !isFinite(segments[i].getTrg()))
+            failFile(path, "segment " + std::to_string(i + 1) + " is not finite");
 }
 
 }  // namespace
@@ -147,4 +157,19 @@ std::vector<Point2> readPoints(const std::string& path) {
     else
         parseText<2>(content, path, points);
     return points;
+}
+
+std::vector<Segment2> readSegments(const std::string& path) {
+    const std::string content = contentOf(path);
+    const std::int32_t type = fileTypeOf(content);
+    std::vector<Segment2> segments;
+    if (type == filePoints || type == filePoints3D) failFile(path, "holds points, not segments");
+    if (type == fileSegments || type == fileSegments3D) {
+        readBinary(content, path, segments);
+        return segments;
+    }
+    std::vector<Point2> ends;
+    parseText<4>(content, path, ends);
+    for (std::size_t i = 0; i < ends.size(); i += 2) segments.emplace_back(ends[i], ends[i + 1]);
+    return segments;
 }

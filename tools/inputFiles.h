@@ -19,3 +19,8 @@ public:
 /// Unlike the library's own readers it takes nothing that is doubtful: a word that is no number, too few or too many
 /// numbers, coordinates that aren't finite and files that end early throw BadInput.
 std::vector<KELMAR_NORVIK2D::Point2> readPoints(const std::string& path);
+
+/// Reads the segments of a file with the same care:
+///   text       `x1 y1 x2 y2` a line, whatever the file's name.
+///   binary     a segment file as the library writes it.
+std::vector<KELMAR_NORVIK2D::Segment2> readSegments(const std::string& path);
