@@ -1,4 +1,7 @@
+#include "ConstraintPeer.h"
 #include "Peer.h"
 
 std::unique_ptr<Peer> makeCgal() { return nullptr; }
 std::unique_ptr<Peer> makeCgalHierarchy() { return nullptr; }
+std::unique_ptr<ConstraintPeer> makeCgalOfSegments() { return nullptr; }
+std::unique_ptr<ConstraintPeer> makeCgalOfPoints() { return nullptr; }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <vector>
+
+#include "pointSets.h"
+
+/// Segments for the benchmarks; all sets are repeatable.
+struct SegmentCoordinates {
+    Coordinates from, to;
+};
+
+using SegmentSet = std::vector<SegmentCoordinates>;
+
+/// A closed ring of 100,000 segments in the order of the ring. All of it can be seen from its centre; it has bays, and is rough,
+/// so that every third segment isn't a Delaunay edge of its corners anyway.
+SegmentSet ringSegments();
+
+/// 100,000 segments of length 0.001 at random places of the unit square, in random directions: some 3,000 crossings.
+SegmentSet randomSegments();
+
+/// The world's coastlines in the order of their file.
+SegmentSet coastline();
