@@ -1,9 +1,12 @@
 #include "ConstraintGraph2.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 #include "Color.h"
 #include "Dt2.h"
+#include "FlatTable.h"
 #include "Segment2.h"
 #include "Visualizer2.h"
 #include "byAddress.h"
@@ -24,32 +27,35 @@ bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
     return pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx;
 }
 
-/// The segments at a vertex. A ring has two; of more only that there are more is kept.
+/// The segments at a vertex by their ranks. A ring has two; of more only that there are more is kept.
 struct SegmentsAtVertex {
-    ConstraintSegment2* pFirst = nullptr;
-    ConstraintSegment2* pSecond = nullptr;
+    const Point2* pVtx = nullptr;
+    std::uint32_t first = none;
+    std::uint32_t second = none;
 
-    void add(ConstraintSegment2* pSegment) {
-        if (pSecond != nullptr)
-            pFirst = nullptr;
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+    void add(std::uint32_t segment) {
+        if (second != none)
+            first = none;
         else
-            (pFirst == nullptr ? pFirst : pSecond) = pSegment;
+            (first == none ? first : second) = segment;
     }
-    bool areTwo() const { return pFirst != nullptr && pSecond != nullptr; }
+    bool areTwo() const { return first != none && second != none; }
 };
+
+struct VertexOf {
+    const Point2* operator()(const SegmentsAtVertex& segments) const { return segments.pVtx; }
+};
+
+using SegmentsAtVertices = FlatTable<SegmentsAtVertex, AddressHash, VertexOf>;
 
 void warnImpossible(const char* text) { warning("ConstraintGraph2::checkAndSortPolygon()", text); }
 
 }  // namespace
 
-/// Law: all owned records are keys, with true for those that run from their target to their source.
-struct ConstraintGraph2::Directions {
-    FlatMap<const ConstraintSegment2*, bool> mCSegReverse;
-    FlatMap<const Point2*, std::uint64_t> mSplitCount;  ///< how often each vertex has divided a piece
-};
-
 ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, ConstraintInsertionStrategy cis_)
-    : pDt(pDt_), cis(cis_), pDirections(std::make_unique<Directions>()) {
+    : pDt(pDt_), cis(cis_) {
     init(parents);
     bIsOriented = bIsPolygon;
     if (!bIsPolygon) takeUndirected(parents);
@@ -57,12 +63,10 @@ ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, ConstraintInser
 
 ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, const PairReverse& mPPReverse,
                                    ConstraintInsertionStrategy cis_)
-    : pDt(pDt_), cis(cis_), bIsOriented(true), pDirections(std::make_unique<Directions>()) {
+    : pDt(pDt_), cis(cis_), bIsOriented(true) {
     init(parents);
     takeDirected(parents, mPPReverse);
 }
-
-ConstraintGraph2::~ConstraintGraph2() = default;
 
 void ConstraintGraph2::init(Segments& parents) {
     for (ConstraintSegment2* pParent : parents) pParent->addOwnerRecursive(this);
@@ -72,11 +76,8 @@ void ConstraintGraph2::init(Segments& parents) {
             warning("ConstraintGraph2::ConstraintGraph2()", "Ignoring a degenerate constraint segment");
         return bDegenerate;
     });
-    pDirections->mCSegReverse.reserve(parents.size());
     bIsPolygon = checkAndSortPolygon(parents);
-    if (bIsPolygon) return;
-    vCSegParents.clear();
-    pDirections->mCSegReverse.clear();
+    if (!bIsPolygon) vCSegParents.clear();
 }
 
 // ------------------------------------------------------------------------------------------------ the ring
@@ -91,18 +92,22 @@ bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
 /// Crossings aren't looked for.
 bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     if (parents.size() < 3) return false;
-    FlatMap<const Point2*, SegmentsAtVertex> mVtx2Segments;
+    SegmentsAtVertices mVtx2Segments;
     mVtx2Segments.reserve(parents.size());
     const Point2* pStart = parents.front()->getSrc();
-    for (ConstraintSegment2* pParent : parents)
-        for (const Point2* pEnd : {pParent->getSrc(), pParent->getTrg()}) {
-            mVtx2Segments[pEnd].add(pParent);
-            if (*pEnd < *pStart) pStart = pEnd;
+    for (std::uint32_t i = 0; i < parents.size(); ++i)
+        for (const Point2* pEnd : {parents[i]->getSrc(), parents[i]->getTrg()}) {
+            const auto [pSegments, bNew] = mVtx2Segments.insert(pEnd);
+            if (bNew) pSegments->pVtx = pEnd;
+            pSegments->add(i);
+            if (pEnd->x() < pStart->x() || (pEnd->x() == pStart->x() && pEnd->y() < pStart->y()))
+                pStart = pEnd;
         }
 
     const SegmentsAtVertex& atStart = *mVtx2Segments.find(pStart);
     if (!atStart.areTwo()) return false;
-    const auto [pS0, pS1] = atStart;
+    ConstraintSegment2* const pS0 = parents[atStart.first];
+    ConstraintSegment2* const pS1 = parents[atStart.second];
     const Point2* pHead = otherEnd(pS0, pStart);
     ConstraintSegment2* pCurrent = pS0;
     switch (pDt->getPredicates()->getOrientation2(pStart, pHead, otherEnd(pS1, pStart))) {
@@ -118,13 +123,13 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     const Point2* pTail = pStart;
     for (;;) {
         vCSegParents.push_back(pCurrent);
-        pDirections->mCSegReverse[pCurrent] = pCurrent->getSrc() == pHead;
+        setDirection(pCurrent, pCurrent->getSrc() == pHead);
         if (pHead == pStart) return parents.size() == vCSegParents.size();
 
         const SegmentsAtVertex& atHead = *mVtx2Segments.find(pHead);
         if (!atHead.areTwo()) return false;
-        const bool bFirstGoesBack = touches(atHead.pFirst, pTail);
-        pCurrent = bFirstGoesBack ? atHead.pSecond : atHead.pFirst;
+        const bool bFirstGoesBack = touches(parents[atHead.first], pTail);
+        pCurrent = parents[bFirstGoesBack ? atHead.second : atHead.first];
         if (bFirstGoesBack && touches(pCurrent, pTail)) {
             warnImpossible("Impossible case3!");
             return false;
@@ -140,16 +145,21 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
 
 // ---------------------------------------------------------------------------------------------- directions
 
+// A record keeps its direction for each graph: reading it there costs nothing beyond what reading the record costs.
+void ConstraintGraph2::setDirection(ConstraintSegment2* pSegment, bool bReverse) {
+    using Role = ConstraintSegment2::Role;
+    pSegment->roleOf(this).direction = bReverse ? Role::REVERSE : Role::FORWARD;
+}
+
 void ConstraintGraph2::takeUndirected(const Segments& parents) {
     require(vCSegParents.empty(), "vCSegParents.empty()");
-    require(pDirections->mCSegReverse.empty(), "mCSegReverse.empty()");
     vCSegParents = parents;
     Segments vOpen;
     for (ConstraintSegment2* pParent : parents) {
         for (vOpen.assign(1, pParent); !vOpen.empty();) {
             ConstraintSegment2* const pSegment = vOpen.back();
             vOpen.pop_back();
-            pDirections->mCSegReverse[pSegment] = false;
+            setDirection(pSegment, false);
             if (pSegment->isAlive()) continue;
             ConstraintSegment2 *pKid0, *pKid1;
             Point2* pSplit;
@@ -163,13 +173,12 @@ void ConstraintGraph2::takeUndirected(const Segments& parents) {
 
 /// The client's directions stand, also against the turn of the ring; a polygon keeps the order of the ring.
 void ConstraintGraph2::takeDirected(const Segments& parents, const PairReverse& mPPReverse) {
-    pDirections->mCSegReverse.clear();
     if (!bIsPolygon) vCSegParents = parents;
-    for (const ConstraintSegment2* pParent : parents) {
+    for (ConstraintSegment2* pParent : parents) {
         require(ByAddress{}(pParent->getSrc(), pParent->getTrg()), "p0<p1");
         const auto entry = mPPReverse.find({pParent->getSrc(), pParent->getTrg()});
         require(entry != mPPReverse.end(), "q_it!=mPPReverse.end()");
-        pDirections->mCSegReverse[pParent] = entry->second;
+        setDirection(pParent, entry->second);
     }
     setDirectionsRecursive(parents);
 }
@@ -205,7 +214,7 @@ void ConstraintGraph2::setDirectionsRecursive(Segments vOpen) {
             // An end in the same place means the same sense of addresses.
             const bool bSameSense =
                 pChild->getSrc() == pParent->getSrc() || pChild->getTrg() == pParent->getTrg();
-            pDirections->mCSegReverse[pChild] = bReverse == bSameSense;
+            setDirection(pChild, bReverse == bSameSense);
             vOpen.push_back(pChild);
         }
         const auto [pParentSrc, pParentTrg] = directedEnds(pParent);
@@ -227,14 +236,15 @@ void ConstraintGraph2::updateSplittedConstraintSegment(ConstraintSegment2* pPare
     Point2* pSplit = nullptr;
     pParent->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
     require(pSplit != nullptr, "pSplit!=__null");
-    ++pDirections->mSplitCount[pSplit];
     if (bUpdateMgr) pDt->getConstraintManager()->updateConstraintSegment(pParent, pChild0, pChild1);
 }
 
 // ----------------------------------------------------------------------------------------------- questions
 
 bool ConstraintGraph2::dbg_hasDirection(const ConstraintSegment2* pSegment) const {
-    return pSegment != nullptr && pDirections->mCSegReverse.contains(pSegment);
+    using Role = ConstraintSegment2::Role;
+    const Role* const pRole = pSegment == nullptr ? nullptr : pSegment->findRole(this);
+    return pRole != nullptr && pRole->direction != Role::UNKNOWN;
 }
 
 bool ConstraintGraph2::isConstraint(const ConstraintSegment2* pSegment) const {
@@ -246,9 +256,8 @@ bool ConstraintGraph2::isConstraint(Point2* p, Point2* q) const {
 }
 
 bool ConstraintGraph2::isReverse(const ConstraintSegment2* pSegment) const {
-    const bool* const pReverse = pDirections->mCSegReverse.find(pSegment);
-    require(pReverse != nullptr, "q_it!=mCSegReverse.end()");
-    return *pReverse;
+    require(dbg_hasDirection(pSegment), "q_it!=mCSegReverse.end()");
+    return pSegment->findRole(this)->direction == ConstraintSegment2::Role::REVERSE;
 }
 
 void ConstraintGraph2::getAliveConstraintChain(Segments& out) const {

@@ -82,7 +82,7 @@ ConstraintMgr::~ConstraintMgr() {
 // ----------------------------------------------------------------------------------------------- questions
 
 ConstraintSegment2* ConstraintMgr::getAliveConstraintSegment(Point2* p, Point2* q) const {
-    ConstraintSegment2* const* ppSegment = mConstraintSegments.find(VertexPair2(p, q));
+    ConstraintSegment2* const* const ppSegment = mConstraintSegments.find(VertexPair2(p, q));
     return ppSegment != nullptr && (*ppSegment)->isAlive() ? *ppSegment : nullptr;
 }
 
@@ -106,10 +106,9 @@ ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q,
     const VertexPair2 ends(p, q);
     const auto [ppSegment, bNew] = mConstraintSegments.insert(ends);
     if (!bNew) return *ppSegment;
-    sConstraintVertices.insert(p);
-    sConstraintVertices.insert(q);
-    vByEnds.push_back(::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis));
-    *ppSegment = vByEnds.back();
+    *ppSegment = ::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis);
+    vByEnds.push_back(*ppSegment);
+    for (const Point2* pVtx : {p, q}) *sConstraintVertices.insert(pVtx).first = pVtx;
     manageHash(*ppSegment);
     return *ppSegment;
 }
@@ -130,7 +129,7 @@ void ConstraintMgr::manageHash(const ConstraintSegment2* pSegment) {
     if (pVertexFilter == nullptr) {
         if (pDt->getApproxNumPoints() <= mostWithoutFilter) return;
         pVertexFilter = std::make_unique<VertexFilter>();
-        sConstraintVertices.visitKeys(mark);
+        sConstraintVertices.visit(mark);
     }
     if (pSegment == nullptr) return;
     mark(pSegment->getSrc());

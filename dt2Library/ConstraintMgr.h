@@ -12,7 +12,7 @@
 #include "ConstraintGraph2.h"
 #include "ConstraintSegment2.h"
 #include "Edge2.h"
-#include "FlatMap.h"
+#include "FlatTable.h"
 #include "Point2.h"
 #include "Segment2.h"
 #include "SimplePool.h"
@@ -117,20 +117,21 @@ private:
     bool applyOnce(const Segments& vCurrent, Segments& vNext);
     ConstraintGraph2* keep(std::unique_ptr<ConstraintGraph2> pGraph);
 
+    struct EndsOf {
+        VertexPair2 operator()(const ConstraintSegment2* pSegment) const noexcept {
+            return {pSegment->getSrc(), pSegment->getTrg()};
+        }
+    };
     struct PairHash {
         std::size_t operator()(const VertexPair2& pair) const noexcept {
-            constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U;
-            const auto address0 = reinterpret_cast<std::uintptr_t>(pair.getVtx0());
-            const auto address1 = reinterpret_cast<std::uintptr_t>(pair.getVtx1());
-            const std::uint64_t product = (address0 * odd ^ address1) * odd;
-            return product >> 32 ^ product >> 52;
+            return AddressHash{}(pair.getVtx0(), pair.getVtx1());
         }
     };
 
     Dt2* pDt;
     SimplePool<ConstraintSegment2> segmentPool;
-    FlatMap<VertexPair2, ConstraintSegment2*, PairHash> mConstraintSegments;
-    FlatSet<const Point2*> sConstraintVertices;
+    FlatTable<ConstraintSegment2*, PairHash, EndsOf> mConstraintSegments;
+    FlatTable<const Point2*> sConstraintVertices;
     mutable Segments vByEnds;  ///< all records, the first numSorted of them in order
     mutable std::size_t numSorted = 0;
     std::vector<std::unique_ptr<ConstraintGraph2>> vConstraintGraphs;

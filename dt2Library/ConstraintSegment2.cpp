@@ -28,34 +28,73 @@ bool ConstraintSegment2::operator<(const ConstraintSegment2& other) const noexce
 
 // -------------------------------------------------------------------------------------------------- owners
 
-void ConstraintSegment2::addOwner(ConstraintGraph2* pGraph) {
-    const auto place = std::lower_bound(sOwners.begin(), sOwners.end(), pGraph, ByAddress{});
-    if (place == sOwners.end() || *place != pGraph) sOwners.insert(place, pGraph);
+/// The role of a graph, a new one if it has none.
+ConstraintSegment2::Role& ConstraintSegment2::roleOf(ConstraintGraph2* pGraph) {
+    const auto isBefore = [](const ConstraintGraph2* pA, const ConstraintGraph2* pB) {
+        return ByAddress{}(pA, pB);
+    };
+    if (firstRole.pGraph == nullptr) firstRole.pGraph = pGraph;
+    if (firstRole.pGraph == pGraph) return firstRole;
+    if (isBefore(pGraph, firstRole.pGraph)) {
+        furtherRoles.push_front(firstRole);
+        return firstRole = {pGraph};
+    }
+    auto place = furtherRoles.before_begin();
+    for (auto next = furtherRoles.begin(); next != furtherRoles.end() && !isBefore(pGraph, next->pGraph);
+         ++next)
+        place = next;
+    if (place == furtherRoles.before_begin() || place->pGraph != pGraph)
+        place = furtherRoles.insert_after(place, {pGraph});
+    return *place;
+}
+
+/// Null if the graph has none.
+const ConstraintSegment2::Role* ConstraintSegment2::findRole(const ConstraintGraph2* pGraph) const noexcept {
+    if (firstRole.pGraph == pGraph) return &firstRole;
+    for (const Role& role : furtherRoles)
+        if (role.pGraph == pGraph) return &role;
+    return nullptr;
+}
+
+/// By address.
+std::vector<ConstraintGraph2*> ConstraintSegment2::getOwners() const {
+    std::vector<ConstraintGraph2*> vOwners;
+    if (firstRole.bOwner) vOwners.push_back(firstRole.pGraph);
+    for (const Role& role : furtherRoles)
+        if (role.bOwner) vOwners.push_back(role.pGraph);
+    return vOwners;
+}
+
+/// The first owner's; there must be one.
+ConstraintMgr* ConstraintSegment2::getManager() const {
+    return getOwners().front()->getDt2()->getConstraintManager();
 }
 
 // Trees may be as deep as a segment has pieces: they are walked without recursion.
 
 void ConstraintSegment2::addOwnerRecursive(ConstraintGraph2* pGraph) {
-    addOwner(pGraph);
+    roleOf(pGraph).bOwner = true;
     if (isAlive()) return;
     std::vector<ConstraintSegment2*> vOpen{this};
     while (!vOpen.empty()) {
         ConstraintSegment2* const pSegment = vOpen.back();
         vOpen.pop_back();
-        pSegment->addOwner(pGraph);
+        pSegment->roleOf(pGraph).bOwner = true;
         if (pSegment->isAlive()) continue;
         require(pSegment->isSplit(), "pKid0!=__null && pKid1!=__null");
         vOpen.insert(vOpen.end(), pSegment->vChildren.begin(), pSegment->vChildren.end());
     }
 }
 
-void ConstraintSegment2::removeOwner(ConstraintGraph2* pGraph) { std::erase(sOwners, pGraph); }
+void ConstraintSegment2::removeOwner(ConstraintGraph2* pGraph) {
+    if (findRole(pGraph) != nullptr) roleOf(pGraph).bOwner = false;
+}
 
 bool ConstraintSegment2::dbg_hasDirection() const {
     std::string text = compose("ConstraintSegment2::dbg_hasDirection(), label ", label, ", ",
-                               isAlive() ? "alive" : "dead", ", numOwners=", sOwners.size(), "\n");
+                               isAlive() ? "alive" : "dead", ", numOwners=", getNumberOfOwners(), "\n");
     bool bAllKnow = true;
-    for (const ConstraintGraph2* pGraph : sOwners) {
+    for (const ConstraintGraph2* pGraph : getOwners()) {
         const bool bKnows = pGraph->dbg_hasDirection(this);
         text += compose("For one owner CG2: ", static_cast<const void*>(pGraph),
                         bKnows ? " has Direction, true" : " NO Direction, NOK NOK NOK", "\n");
@@ -99,21 +138,22 @@ void ConstraintSegment2::getChildrenAndSplitPoint(ConstraintSegment2*& pChild0, 
 
 /// The books of a division: children, their owners, and what the owners know of directions.
 void ConstraintSegment2::makeChildren(Point2* pSplit) {
-    ConstraintMgr* pMgr = sOwners.front()->getDt2()->getConstraintManager();
+    const std::vector<ConstraintGraph2*> vOwners = getOwners();
+    ConstraintMgr* const pMgr = getManager();
     ConstraintSegment2* const pChild0 = pMgr->addConstraintSegment(p0, pSplit, cis);
     ConstraintSegment2* const pChild1 = pMgr->addConstraintSegment(p1, pSplit, cis);
     vChildren = {pChild0, pChild1};
-    for (ConstraintGraph2* pGraph : sOwners)
+    for (ConstraintGraph2* pGraph : vOwners)
         for (ConstraintSegment2* pKid : vChildren) pKid->addOwnerRecursive(pGraph);
-    for (ConstraintGraph2* pGraph : sOwners)
-        pGraph->updateSplittedConstraintSegment(this, pGraph == sOwners.front());
+    for (ConstraintGraph2* pGraph : vOwners)
+        pGraph->updateSplittedConstraintSegment(this, pGraph == vOwners.front());
 }
 
 bool ConstraintSegment2::split_combinatorialOnly(Point2* pSplit) {
     require(pSplit != nullptr, "pSplit!=__null");
     require(isAlive(), "isAlive()");
     require(p0 != pSplit && p1 != pSplit, "p0!=pSplit && p1!=pSplit");
-    require(!sOwners.empty(), "!sOwners.empty()");
+    require(getNumberOfOwners() != 0, "!sOwners.empty()");
     makeChildren(pSplit);
     return true;
 }
@@ -122,8 +162,8 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     RoundToNearest nearest;
     require(bAlive, "bAlive");
     require(!isSplit(), "vChildren.empty()");
-    require(!sOwners.empty(), "!sOwners.empty()");
-    Dt2* const pOwnerDt = sOwners.front()->getDt2();
+    require(getNumberOfOwners() != 0, "!sOwners.empty()");
+    Dt2* const pOwnerDt = getOwners().front()->getDt2();
     require(pOwnerDt != nullptr, "pOwnerDt!=__null");
 
     // Suspended, so that the insertion doesn't divide this record when the vertex comes to lie on its edge.
@@ -142,7 +182,7 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
 
 /// Makes the pieces of a divided record edges, each by one step of its strategy.
 void ConstraintSegment2::establishPieces() {
-    ConstraintMgr* const pMgr = sOwners.front()->getDt2()->getConstraintManager();
+    ConstraintMgr* const pMgr = getManager();
     std::vector<ConstraintSegment2*> vOpen(vChildren.begin(), vChildren.end());
     while (!vOpen.empty()) {
         ConstraintSegment2* const pSegment = vOpen.back();
@@ -158,8 +198,8 @@ bool ConstraintSegment2::splitAndRemovePrev(const Point2& point) {
     RoundToNearest nearest;
     Point2* const pSplit = insertAndSplit(point);
     if (pSplit == nullptr) return false;
-    require(!sOwners.empty(), "!sOwners.empty()");
-    Dt2* const pDt = sOwners.front()->getDt2();
+    require(getNumberOfOwners() != 0, "!sOwners.empty()");
+    Dt2* const pDt = getOwners().front()->getDt2();
     pDt->getInnerVtxMgr().removePreviouslyInsertedVertices(pSplit, squaredDistance(*pSplit, *p0), pDt);
     return true;
 }

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,7 +33,6 @@ public:
     /// From segments whose direction counts.
     ConstraintGraph2(Dt2* pDt_, std::vector<ConstraintSegment2*>& parents, const PairReverse& mPPReverse,
                      ConstraintInsertionStrategy cis_);
-    ~ConstraintGraph2();
     ConstraintGraph2(const ConstraintGraph2&) = delete;
     ConstraintGraph2& operator=(const ConstraintGraph2&) = delete;
 
@@ -77,12 +75,12 @@ public:
     void show(Visualizer2* pVisualizer, const Color& color) const;
 
 private:
-    struct Directions;
     using Segments = std::vector<ConstraintSegment2*>;
 
     void init(Segments& parents);
     bool checkAndSortPolygon(const Segments& parents);
     bool checkAndSortPolygonSub(const Segments& parents);
+    void setDirection(ConstraintSegment2* pSegment, bool bReverse);
     void takeUndirected(const Segments& parents);
     void takeDirected(const Segments& parents, const PairReverse& mPPReverse);
     void setDirectionsRecursive(Segments vOpen);
@@ -93,7 +91,6 @@ private:
     Segments vCSegParents;
     bool bIsPolygon = false;
     bool bIsOriented = false;
-    std::unique_ptr<Directions> pDirections;
 };
 
 }  // namespace KELMAR_NORVIK2D

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <forward_list>
 #include <iosfwd>
 #include <limits>
 #include <vector>
@@ -14,6 +15,7 @@
 namespace KELMAR_NORVIK2D {
 
 class ConstraintGraph2;
+class ConstraintMgr;
 
 /// How a segment becomes a chain of edges. The numbers are part of the interface.
 enum ConstraintInsertionStrategy {
@@ -49,7 +51,7 @@ public:
     /// The end at the higher address.
     Point2* getTrg() const noexcept { return p1; }
     ConstraintInsertionStrategy getCIS() const noexcept { return cis; }
-    std::size_t getNumberOfOwners() const noexcept { return sOwners.size(); }
+    std::size_t getNumberOfOwners() const { return getOwners().size(); }
 
     /// A limit for the growth of triangles next to the segment, which mesh generation reads; the largest double at first.
     /// Children don't inherit it.
@@ -96,12 +98,27 @@ public:
 private:
     friend NORVIK2D_EXPORT std::ostream& operator<<(std::ostream& os, const ConstraintSegment2& segment);
 
+    friend class ConstraintGraph2;
+
+    /// What a graph has to do with the record. The direction stays when the graph ceases to be an owner.
+    struct Role {
+        enum Direction : std::uint8_t { UNKNOWN, FORWARD, REVERSE };
+
+        ConstraintGraph2* pGraph = nullptr;
+        bool bOwner = false;
+        Direction direction = UNKNOWN;
+    };
+
     bool isSplit() const noexcept { return vChildren[0] != nullptr; }
-    void addOwner(ConstraintGraph2* pGraph);
+    Role& roleOf(ConstraintGraph2* pGraph);
+    const Role* findRole(const ConstraintGraph2* pGraph) const noexcept;
+    std::vector<ConstraintGraph2*> getOwners() const;
+    ConstraintMgr* getManager() const;
     void makeChildren(Point2* pSplit);
     void establishPieces();
 
-    std::vector<ConstraintGraph2*> sOwners;  ///< by address, each once
+    Role firstRole;                        ///< nearly all records have one graph only
+    std::forward_list<Role> furtherRoles;  ///< all roles are in the order of the graphs' addresses
     std::uint32_t label;
     ConstraintInsertionStrategy cis;
     Point2* p0;

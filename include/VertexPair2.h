@@ -10,8 +10,6 @@ namespace KELMAR_NORVIK2D {
 /// An undirected edge as its two vertices, the one with the lower address first. Pairs are ordered by these addresses.
 class VertexPair2 {
 public:
-    /// No pair: both vertices null.
-    VertexPair2() noexcept = default;
     VertexPair2(Point2* pA, Point2* pB) noexcept : pVtx0(pA), pVtx1(pB) {
         if (std::less<>()(pVtx1, pVtx0)) std::swap(pVtx0, pVtx1);
     }
@@ -26,10 +24,11 @@ public:
     bool operator==(const VertexPair2& other) const noexcept {
         return pVtx0 == other.pVtx0 && pVtx1 == other.pVtx1;
     }
+    bool operator!=(const VertexPair2& other) const noexcept { return !(*this == other); }
 
 private:
-    Point2* pVtx0 = nullptr;
-    Point2* pVtx1 = nullptr;
+    Point2* pVtx0;
+    Point2* pVtx1;
 };
 
 }  // namespace KELMAR_NORVIK2D
