@@ -37,7 +37,8 @@ public:
                                                                 : run.real_accumulated_time);
             for (const auto& [name, counter] : run.counters) {
                 const double value = counter.value;
-                auto& [least, most] = measurements.mCounters.try_emplace(name, value, value).first->second;
+                const auto place = measurements.mCounters.try_emplace(name, Range{value, value}).first;
+                auto& [least, most] = place->second;
                 least = std::min(least, value);
                 most = std::max(most, value);
             }
