@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <utility>
 
@@ -24,6 +25,15 @@ inline Triangle2* neighbour(const Triangle2* pT, int index) noexcept {
     return pT->getOppositeTriangle(index);
 }
 
+/// The same while another thread may be writing one of the triangle's links: each is read and written as a whole. Which
+/// of two threads comes first doesn't matter then, so they wait for nothing, and it costs nothing.
+inline Triangle2* sharedNeighbour(Triangle2* pT, int index) noexcept {
+    return std::atomic_ref(MeshAccess::neighbour(pT, index)).load(std::memory_order_relaxed);
+}
+inline void setSharedNeighbour(Triangle2* pT, int index, Triangle2* pNeighbour) noexcept {
+    std::atomic_ref(MeshAccess::neighbour(pT, index)).store(pNeighbour, std::memory_order_relaxed);
+}
+
 /// Of three things the second, the third, or else the first. Branch-free: which of them it is can't be
 /// predicted.
 inline int indexOfThree(bool bIsSecond, bool bIsThird) noexcept {
@@ -36,6 +46,9 @@ inline int indexOfThree(bool bIsSecond, bool bIsThird) noexcept {
 /// for use where law 2 or 3 of Triangle2 guarantees a hit.
 inline int indexOf(const Triangle2* pT, const Triangle2* pNeighbour) noexcept {
     return indexOfThree(neighbour(pT, 1) == pNeighbour, neighbour(pT, 2) == pNeighbour);
+}
+inline int sharedIndexOf(Triangle2* pT, const Triangle2* pNeighbour) noexcept {
+    return indexOfThree(sharedNeighbour(pT, 1) == pNeighbour, sharedNeighbour(pT, 2) == pNeighbour);
 }
 inline int indexOf(const Triangle2* pT, const Point2* pVtx) noexcept {
     return indexOfThree(corner(pT, 1) == pVtx, corner(pT, 2) == pVtx);
@@ -132,12 +145,13 @@ inline void setNeighbour(Triangle2* pT, int index, Triangle2* pNeighbour) noexce
 }
 
 /// Lets the back pointer of a neighbour follow: where `pT` points to `pOld` it points to `pNew` then. Returns the corner
-/// opposite that edge. A null `pT`, the outside of the hull, is left alone, and gives null.
+/// opposite that edge. A null `pT`, the outside of the hull, is left alone, and gives null. `pT` may lie beyond what the
+/// calling thread has to itself, where others only walk.
 inline Point2* replaceNeighbour(Triangle2* pT, const Triangle2* pOld, Triangle2* pNew) noexcept {
     if (pT == nullptr) [[unlikely]]
         return nullptr;
     const int index = indexOf(pT, pOld);
-    setNeighbour(pT, index, pNew);
+    setSharedNeighbour(pT, index, pNew);
     return corner(pT, index);
 }
 

@@ -1,7 +1,7 @@
 #include "walk.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 
 #include "hotLoop.h"
 #include "require.h"
@@ -55,22 +55,37 @@ struct QuickStep {
     bool bLeaves, bBeyondFirst, bInside;
 };
 
-/// The same for the first triangle of a walk, whose edges are asked in the order 0, 1, 2.
+/// The same for the first triangle of a walk, whose edges are asked in counterclockwise order from `first`.
 struct QuickStart {
-    QuickStart(const Triangle2* pT, DoublePair point, double bound) {
-        const DoublePair a = coordinatesOf(corner(pT, 0)) - point;
-        const DoublePair b = coordinatesOf(corner(pT, 1)) - point;
-        const DoublePair c = coordinatesOf(corner(pT, 2)) - point;
+    QuickStart(const Triangle2* pT, int first, DoublePair point, double bound) {
+        const DoublePair a = coordinatesOf(corner(pT, first)) - point;
+        const DoublePair b = coordinatesOf(corner(pT, ccw(first))) - point;
+        const DoublePair c = coordinatesOf(corner(pT, cw(first))) - point;
         const double side0 = crossProduct(b, c), side1 = crossProduct(c, a), side2 = crossProduct(a, b);
         const bool bBeyond0 = -bound > side0, bBeyond1 = -bound > side1, bBeyond2 = -bound > side2;
         const bool bPassed0 = side0 > bound, bPassed1 = side1 > bound;
         bLeaves = bBeyond0 | (bPassed0 & (bBeyond1 | (bPassed1 & bBeyond2)));
         bInside = bPassed0 & bPassed1 & (side2 > bound);
-        exit = bBeyond0 ? 0 : bBeyond1 ? 1 : 2;
+        numPassed = bBeyond0 ? 0 : bBeyond1 ? 1 : 2;
+        exit = bBeyond0 ? first : bBeyond1 ? ccw(first) : cw(first);
     }
 
     bool bLeaves, bInside;
-    int exit;
+    int numPassed, exit;
+};
+
+/// Edge indices at random, as any thread may need them: the standard library's generator is one for all.
+class RandomEdges {
+public:
+    int next() {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        return static_cast<int>(state % 3);
+    }
+
+private:
+    std::uint32_t state = 0x9E3779B9U;
 };
 
 /// Which of the two edges ahead is asked first: by turns, or the one on the side of the line from corner 0 of the first
@@ -83,23 +98,27 @@ template <Preference preference>
     require(pT != nullptr, "pStartTriangle!=__null");
     // A visibility walk may cycle where the mesh isn't Delaunay, as across constraints; after this many steps
     // it continues at random. One along a line never leaves it.
-    constexpr int numOrderlySteps =
-        preference == Preference::ALONG_LINE ? std::numeric_limits<int>::max() - 1 : 1000;
+    constexpr bool bAlongLine = preference == Preference::ALONG_LINE;
+    constexpr int numOrderlySteps = bAlongLine ? std::numeric_limits<int>::max() - 1 : 1000;
     const int numStepsToBreak = std::min(numOrderlySteps, maxSteps);
 
     edgeIndex = -1;
-    int edge = 0, second = 1, third = 2;  // the edges still to be tested, in this order
+    // The line begins at corner 0, between edges 1 and 2. A point beyond edge 0 may be beyond one of these as well; the way
+    // along the line then turns around the corner, and across edge 0 it would lead away from the line.
+    constexpr int first = bAlongLine ? 1 : 0;
+    int edge = first, second = ccw(first), third = cw(first);  // the edges still to be tested, in this order
     int numUntested = 3;
     const DoublePair point = coordinatesOf(pVtx);
     const double bound = predicates.getStaticBound();
     const DoublePair line = coordinatesOf(corner(pT, 0)) - point;
-    const QuickStart start(pT, point, bound);
+    const QuickStart start(pT, first, point, bound);
     if (start.bInside) return LOCATE_INSIDE;
     if (start.bLeaves) {
         edge = start.exit;
-        numUntested = 3 - edge;
+        numUntested = 3 - start.numPassed;
     }
     bool bIsBeyond = start.bLeaves;
+    RandomEdges randomEdges;
     for (int steps = 0;;) {
         const Orientation2 side = bIsBeyond ? ORIENTATION2_CW : sideOf(predicates, pT, edge, pVtx);
         bIsBeyond = false;
@@ -110,21 +129,24 @@ template <Preference preference>
             bool bClockwiseFirst = numUntested == 2;
             int entry;
             for (QuickStep step;;) {
-                Triangle2* const pNext = neighbour(pT, edge);
-                if (pNext == nullptr) return edge;
+                Triangle2* const pNext = sharedNeighbour(pT, edge);
+                if (pNext == nullptr) {
+                    require(!bAlongLine, "tmpTriangle!=__null");
+                    return edge;
+                }
                 prefetchTriangle(pNext);
-                entry = indexOf(pNext, pT);
+                entry = sharedIndexOf(pNext, pT);
                 pT = pNext;
                 if (++steps > numStepsToBreak) [[unlikely]]
                     break;
-                if (preference == Preference::ALONG_LINE)
+                if (bAlongLine)
                     bClockwiseFirst = crossProduct(line, coordinatesOf(corner(pT, entry)) - point) > 0.0;
                 step = QuickStep(pT, entry, bClockwiseFirst, point, bound);
                 if (step.bInside) return LOCATE_INSIDE;
                 if (!step.bLeaves) [[unlikely]]
                     break;
                 edge = bClockwiseFirst == step.bBeyondFirst ? cw(entry) : ccw(entry);
-                if (preference == Preference::BY_TURNS) bClockwiseFirst = step.bBeyondFirst;
+                if (!bAlongLine) bClockwiseFirst = step.bBeyondFirst;
             }
             if (steps > maxSteps) return LOCATE_TOO_FAR;
             if (steps <= numOrderlySteps) [[likely]] {
@@ -132,7 +154,7 @@ template <Preference preference>
                 second = bClockwiseFirst ? ccw(entry) : cw(entry);
                 numUntested = 2;
             } else {
-                edge = std::rand() % 3;
+                edge = randomEdges.next();
                 second = ccw(edge);
                 third = cw(edge);
                 numUntested = 3;
@@ -141,7 +163,8 @@ template <Preference preference>
         }
         if (side == ORIENTATION2_COLLINEAR) [[unlikely]] {
             if (hasCornerAt(pT, pVtx)) return LOCATE_DUPLICATE;
-            if (neighbour(pT, edge) == nullptr) {
+            if (sharedNeighbour(pT, edge) == nullptr) {
+                require(!bAlongLine, "pStartTriangle->getOppositeTriangle(ith)!=__null");
                 const int result = leaveHullLine(predicates, pVtx, pT, edge);
                 if (result >= 0) return result;
                 edgeIndex = -1;

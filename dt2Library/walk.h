@@ -18,7 +18,8 @@ int walkToConflict(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, i
                    int maxSteps = std::numeric_limits<int>::max());
 
 /// The same, but straight along the line from corner 0 of the first triangle: all triangles on the way have a point of the
-/// line between that corner and the point.
+/// line between that corner and the point. The point lies inside the hull, so that the walk ends with LOCATE_INSIDE or
+/// LOCATE_DUPLICATE. Other threads may be exchanging links of these triangles that don't lie on the way.
 int walkAlongLine(KelmarTest& predicates, const Point2* pVtx, Triangle2*& pT, int& edgeIndex);
 
 }  // namespace KELMAR_NORVIK2D
