@@ -14,20 +14,18 @@
 #include "insertMiddleFirst.h"
 #include "require.h"
 #include "standardOutput.h"
-#include "tools.h"
 #include "walk.h"
 
 namespace KELMAR_NORVIK2D {
 
-Chunk::Chunk(Dt2* pDt2_, const Bbox2& box_, const Bbox2& pointBox_, int label_,
-             const std::vector<IdxVtxAct*>& vDenseVtx, std::size_t first, std::size_t last,
-             const Point2* pNearVtx_)
+Chunk::Chunk(Dt2* pDt2_, const Bbox2& box_, int label_, const std::vector<IdxVtxAct*>& vDenseVtx,
+             std::size_t first, std::size_t last, const Point2* pNearVtx_, const Bbox2* pPointBox_)
     : pDt2(pDt2_),
       pBox(&box_),
-      pPointBox(&pointBox_),
+      pPointBox(pPointBox_ != nullptr ? pPointBox_ : &box_),
       label(label_),
       items(ItemSpan(vDenseVtx).subspan(first, last - first)),
-      pNearVtx(pNearVtx_) {
+      pNearVtx(pNearVtx_ != nullptr ? pNearVtx_ : pDt2_->getVertexVault().getFakeBoxCorner(0)) {
     setBounds();
 }
 
@@ -45,7 +43,7 @@ namespace {
 /// Whether a computed circumcircle is right to a thousandth of its radius, which the margins of an area bear easily. It is
 /// computed anew, from the corner opposite the longest edge, where all errors but that of the determinant are a few last
 /// places.
-bool isTrustworthy(const Triangle2* pT, const Point2& center, double radius) {
+bool isTrustworthy(const Triangle2* pT, DoublePair center, double radius) {
     constexpr double tolerance = 1e-3;
     // Squares of what is smaller or greater are no normal numbers.
     if (!(radius > 1e-140 && radius < 1e140)) return false;
@@ -60,23 +58,24 @@ bool isTrustworthy(const Triangle2* pT, const Point2& center, double radius) {
     const double errorOfDet = 0x1p-50 * (std::fabs(products[0]) + std::fabs(products[1]));
     if (!(std::fabs(det) * tolerance > errorOfDet)) return false;
     const double lengthB = b[0] * b[0] + b[1] * b[1], lengthC = c[0] * c[0] + c[1] * c[1];
-    const DoublePair toTold = (coordinatesOf(&center) - origin) * unit;
+    const DoublePair toTold = (center - origin) * unit;
     const double dx = (c[1] * lengthB - b[1] * lengthC) / (2.0 * det) - toTold[0];
     const double dy = (b[0] * lengthC - c[0] * lengthB) / (2.0 * det) - toTold[1];
     return std::fabs(dx) < tolerance && std::fabs(dy) < tolerance;
 }
 
-/// Whether a circle, a twentieth larger than given, reaches an axis-parallel segment. Where the foot of the perpendicular
-/// lies is judged by the centre alone.
-bool doesBallIntersect(const Point2& a, const Point2& b, const Point2& center, double radius) {
+/// Whether a circle, a twentieth larger than given, reaches the outline of a box.
+bool doesBallIntersect(const Bbox2& box, DoublePair center, double radius) {
     const double r = 1.05 * radius;
-    const bool bUpright = a.x() == b.x();
-    if (std::fabs(bUpright ? center.x() - a.x() : center.y() - a.y()) > r) return false;
-    if (distance(a, center) <= r || distance(b, center) <= r) return true;
-    const auto isBetween = [](double value, double end0, double end1) {
-        return std::min(end0, end1) <= value && value <= std::max(end0, end1);
+    const auto toRange = [](double value, double least, double greatest) {
+        return std::max({least - value, 0.0, value - greatest});
     };
-    return bUpright ? isBetween(center.y(), a.y(), b.y()) : isBetween(center.x(), a.x(), b.x());
+    const double x = center[0], y = center[1];
+    const double dx = toRange(x, box.getMinX(), box.getMaxX()), dy = toRange(y, box.getMinY(), box.getMaxY());
+    if (dx * dx + dy * dy > r * r) return false;
+    const bool bWithin =
+        x - r > box.getMinX() && x + r < box.getMaxX() && y - r > box.getMinY() && y + r < box.getMaxY();
+    return !bWithin;
 }
 
 /// The share of the second box that lies in the first one.
@@ -103,32 +102,47 @@ void widen(double& least, double& greatest, double limit) {
 
 }  // namespace
 
-/// The circumcircle of a triangle.
+/// The circumcircle of a triangle, and what it is to the chunk that has looked at it last.
 struct Chunk::Circle {
+    enum Role { UNKNOWN, BEYOND_REACH, COLLECTED, IN_RING };
+
     const Triangle2* pT = nullptr;
-    Point2 center;
+    DoublePair center{};
     double radius = 0.0;
+    unsigned visitor = 0;
+    Role role = UNKNOWN;
     bool bReliable = false;  ///< by the triangle's own word
     bool bTrusted = false;
-    bool bInBox = false;  ///< has been added to the circles' box
-    int lastSide = -1;    ///< the last side of the chunk's box whose search has come here
 };
 
-/// The circumcircles that a chunk has computed: many of them are asked for each side of its box. A hash table with open
-/// addressing.
-struct Chunk::CircleTable {
-    CircleTable() : vCircles(256) {}
+/// The circumcircles computed so far. A hash table with open addressing.
+class Chunk::CircleTable {
+public:
+    CircleTable() : vCircles(1024) {}
+
+    /// From here on no circle has a role, for the next chunk.
+    void beginChunk() {
+        constexpr std::size_t greatestSize = std::size_t{1} << 15;
+        if (vCircles.size() > greatestSize) *this = CircleTable();
+        ++visitor;
+    }
 
     /// Valid until the next call.
     Circle& of(const Triangle2* pT) {
-        if (2 * numUsed >= vCircles.size()) grow();
+        if (2 * numUsed >= vCircles.size()) enlarge();
         Circle& circle = vCircles[placeOf(pT)];
         if (circle.pT == nullptr) {
             ++numUsed;
             const auto [center, bReliable] = pT->getDual();
-            const double radius = distance(center, *corner(pT, 0));
-            const bool bTrusted = bReliable && isTrustworthy(pT, center, radius);
-            circle = {pT, center, radius, bReliable, bTrusted, false, -1};
+            circle.pT = pT;
+            circle.center = coordinatesOf(&center);
+            circle.radius = distance(center, *corner(pT, 0));
+            circle.bReliable = bReliable;
+            circle.bTrusted = bReliable && isTrustworthy(pT, circle.center, circle.radius);
+        }
+        if (circle.visitor != visitor) {
+            circle.visitor = visitor;
+            circle.role = Circle::UNKNOWN;
         }
         return circle;
     }
@@ -142,7 +156,7 @@ private:
         return place;
     }
 
-    void grow() {
+    void enlarge() {
         std::vector<Circle> vOld(2 * vCircles.size());
         vOld.swap(vCircles);
         for (const Circle& circle : vOld)
@@ -151,7 +165,40 @@ private:
 
     std::vector<Circle> vCircles;
     std::size_t numUsed = 0;
+    unsigned visitor = 0;
 };
+
+void AreaTask::go() {
+    Chunk::CircleTable circles;
+    for (Chunk* pChunk : chunks) pChunk->determineExtBox(circles);
+}
+
+void Chunk::determineExtBox() {
+    CircleTable circles;
+    determineExtBox(circles);
+}
+
+void Chunk::determineExtBox(CircleTable& circles) {
+    takeBoxOfPoints();
+    extBox = box;
+    circles.beginChunk();
+    Triangle2* pT = walkTo(*items[0]->pVtx, pNearVtx->getIncidentTriangle(), "pLastT!=__null");
+    pStartVtx = corner(pT, 0);
+
+    Bbox2 circleBox = box;
+    grow(walkTo(Point2(box.getMinX(), box.getMinY()), pT, "pStartT!=__null"), circles, circleBox);
+    if (!bRunsAlone) addRing(circles, circleBox);
+    std::vector<Triangle2*>().swap(vTriangles);
+    if (bRunsAlone) {
+        extBox.add(Point2(pBox->getMinX(), pBox->getMinY()));
+        extBox.add(Point2(pBox->getMaxX(), pBox->getMaxY()));
+        return;
+    }
+    const double dx = 0.01 * (circleBox.getMaxX() - circleBox.getMinX());
+    const double dy = 0.01 * (circleBox.getMaxY() - circleBox.getMinY());
+    extBox.add(Point2(circleBox.getMinX() - dx, circleBox.getMinY() - dy));
+    extBox.add(Point2(circleBox.getMaxX() + dy, circleBox.getMaxY() + dy));
+}
 
 void Chunk::takeBoxOfPoints() {
     double minX = items[0]->pVtx->x(), maxX = minX, minY = items[0]->pVtx->y(), maxY = minY;
@@ -167,96 +214,65 @@ void Chunk::takeBoxOfPoints() {
     box.add(Point2(maxX, maxY));
 }
 
-void Chunk::determineExtBox() {
-    extBox = box;
-    Triangle2* pT = walkTo(*items[0]->pVtx, pNearVtx->getIncidentTriangle());
-    pStartVtx = corner(pT, 0);
-
-    CircleTable circles;
-    Bbox2 circleBox = box;
-    std::vector<Point2> corners;
-    box.getCorners(corners);
-    for (std::size_t side = 0; side < 4 && !bRunsAlone; ++side) {
-        pT = walkTo(corners[side], pT);
-        grow(corners[side], corners[(side + 1) % 4], pT, static_cast<int>(side), circles, circleBox);
-    }
-    if (!bRunsAlone) addRing(circles, circleBox);
-    std::vector<Triangle2*>().swap(vTriangles);
-    if (bRunsAlone) {
-        extBox.add(Point2(pBox->getMinX(), pBox->getMinY()));
-        extBox.add(Point2(pBox->getMaxX(), pBox->getMaxY()));
-        return;
-    }
-    const double dx = 0.01 * (circleBox.getMaxX() - circleBox.getMinX());
-    const double dy = 0.01 * (circleBox.getMaxY() - circleBox.getMinY());
-    extBox.add(Point2(circleBox.getMinX() - dx, circleBox.getMinY() - dy));
-    extBox.add(Point2(circleBox.getMaxX() + dy, circleBox.getMaxY() + dy));
-}
-
-Triangle2* Chunk::walkTo(const Point2& point, Triangle2* pT) {
+Triangle2* Chunk::walkTo(const Point2& point, Triangle2* pT, const char* condition) {
     int edge = -1;
     const int code = walkToConflict(predicates, &point, pT, edge);
     // Where rounding leaves no room between the points and the fake box, a corner may lie on its edge.
     const bool bFound = code == LOCATE_INSIDE || code == LOCATE_DUPLICATE ||
                         predicates.getOrientation2(corner(pT, ccw(code)), corner(pT, cw(code)), &point) ==
                             ORIENTATION2_COLLINEAR;
-    require(bFound, "pStartT!=__null");
+    require(bFound, condition);
     return pT;
 }
 
-/// Appends the triangles whose circumcircle reaches the side ab of the box, by a search over neighbours from the one that
-/// holds a.
-void Chunk::grow(const Point2& a, const Point2& b, Triangle2* pStartT, int side, CircleTable& circles,
-                 Bbox2& circleBox) {
-    std::size_t next = vTriangles.size();
+/// Collects the triangles whose circumcircle reaches the outline of the box, by a search over neighbours from one of them.
+/// The outline is a closed line, and the circles that reach a point of it belong to triangles side by side: so all are found.
+void Chunk::grow(Triangle2* pStartT, CircleTable& circles, Bbox2& circleBox) {
     vTriangles.push_back(pStartT);
-    circles.of(pStartT).lastSide = side;
-    while (next < vTriangles.size() && !bRunsAlone) {
-        const Triangle2* const pT = vTriangles[next++];
+    circles.of(pStartT).role = Circle::COLLECTED;
+    for (std::size_t next = 0; next < vTriangles.size() && !bRunsAlone; ++next) {
+        const Triangle2* const pT = vTriangles[next];
         addCircle(circles.of(pT), "bad accuracy1, todo", circleBox);
         for (int i = 0; i < 3; ++i) {
             Triangle2* const pNeighbour = neighbour(pT, i);
             if (pNeighbour == nullptr) continue;
             Circle& circle = circles.of(pNeighbour);
-            if (circle.lastSide == side) continue;
-            circle.lastSide = side;
-            if (!circle.bTrusted || doesBallIntersect(a, b, circle.center, circle.radius))
-                vTriangles.push_back(pNeighbour);
+            if (circle.role != Circle::UNKNOWN) continue;
+            const bool bReaches = !circle.bTrusted || doesBallIntersect(box, circle.center, circle.radius);
+            circle.role = bReaches ? Circle::COLLECTED : Circle::BEYOND_REACH;
+            if (bReaches) vTriangles.push_back(pNeighbour);
         }
     }
 }
 
-/// Adds the triangles around those collected: flips write links there, and read the far corners.
+/// Adds the triangles at the corners of those collected: flips write links there, read far corners, and leave walks there to
+/// start from. All have been collected themselves but for those at the border.
 void Chunk::addRing(CircleTable& circles, Bbox2& circleBox) {
-    oneInstance(vTriangles);
-    std::vector<VertexPair2> vBorders;
-    getBorders_tools(vTriangles, vBorders);
-    std::vector<Point2*> vBorderVtx;
-    for (const VertexPair2& border : vBorders) {
-        vBorderVtx.push_back(border.getVtx0());
-        vBorderVtx.push_back(border.getVtx1());
-    }
-    oneInstance(vBorderVtx);
-    for (const Point2* pVtx : vBorderVtx) {
-        const bool bStop = visitUmbrella(pVtx, [&](const Triangle2* pT) {
-            addCircle(circles.of(pT), "bad accuracy2, todo", circleBox);
-            return bRunsAlone;
-        });
-        if (bStop) return;
-    }
+    const auto add = [&](const Triangle2* pT) {
+        Circle& circle = circles.of(pT);
+        if (circle.role == Circle::COLLECTED || circle.role == Circle::IN_RING) return false;
+        circle.role = Circle::IN_RING;
+        addCircle(circle, "bad accuracy2, todo", circleBox);
+        return bRunsAlone;
+    };
+    for (const Triangle2* pT : vTriangles)
+        for (int i = 0; i < 3; ++i) {
+            const Triangle2* const pNeighbour = neighbour(pT, i);
+            if (pNeighbour != nullptr && circles.of(pNeighbour).role == Circle::COLLECTED) continue;
+            // Each corner on the border begins an edge of it.
+            if (visitUmbrella(corner(pT, ccw(i)), add)) return;
+        }
 }
 
-/// Adds a circle once. Where it can't be trusted, or the circles take in so much that hardly anything could run beside the
-/// chunk, it runs alone, and nothing more needs to be looked at: there may be very many such circles.
-void Chunk::addCircle(Circle& circle, const char* remark, Bbox2& circleBox) {
-    if (circle.bInBox) return;
-    circle.bInBox = true;
+/// Where a circle can't be trusted, or the circles take in so much that hardly anything could run beside the chunk, it runs
+/// alone, and nothing more needs to be looked at: there may be very many such circles.
+void Chunk::addCircle(const Circle& circle, const char* remark, Bbox2& circleBox) {
     if (!circle.bReliable) print(std::string(remark) + "\n");
     bRunsAlone = !circle.bTrusted;
     if (bRunsAlone) return;
-    const Point2& center = circle.center;
-    circleBox.add(Point2(center.x() - circle.radius, center.y() - circle.radius));
-    circleBox.add(Point2(center.x() + circle.radius, center.y() + circle.radius));
+    const double x = circle.center[0], y = circle.center[1];
+    circleBox.add(Point2(x - circle.radius, y - circle.radius));
+    circleBox.add(Point2(x + circle.radius, y + circle.radius));
     constexpr double greatestShare = 0.25;
     bRunsAlone = sharedPart(circleBox, *pPointBox) > greatestShare;
 }
@@ -264,9 +280,11 @@ void Chunk::addCircle(Circle& circle, const char* remark, Bbox2& circleBox) {
 // --------------------------------------------------------------------------------------------- insertion
 
 void Chunk::insert() {
+    state = CHUNK_STARTED;
     insertMiddleFirst(
         items, 0, items.size(), pStartVtx->getIncidentTriangle(),
         [&](std::size_t i, Triangle2* pStartT) { return localInsertVertex(items[i]->pVtx, pStartT); });
+    state = CHUNK_FINISHED;
 }
 
 void Chunk::finalize() {
@@ -277,29 +295,35 @@ void Chunk::finalize() {
 Triangle2* Chunk::localInsertVertex(Point2*& pVtx, Triangle2* pStartT) {
     Triangle2* pT = pStartT;
     int edge = -1;
-    const int code = locateInsideConflictT(pVtx, pT, edge);
-    if (code == LOCATE_INSIDE) {
-        localSplitAndFlip(pT, pVtx);
-        return pT;
+    switch (locateInsideConflictT(pVtx, pT, edge)) {
+        case LOCATE_INSIDE:
+            localSplitAndFlip(pT, pVtx);
+            break;
+        case LOCATE_DUPLICATE:
+            for (int i = 0; i < 3; ++i)
+                if (samePoint(corner(pT, i), pVtx)) pDt2->getVertexVault().registerDup(pVtx, corner(pT, i));
+            break;
+        default:
+            require(false, "false");
     }
-    require(code == LOCATE_DUPLICATE, "false");
-    for (int i = 0; i < 3; ++i)
-        if (samePoint(corner(pT, i), pVtx)) pDt2->getVertexVault().registerDup(pVtx, corner(pT, i));
     return pT;
+}
+
+int Chunk::locateInsideConflictT(const Point2* pVtx, Triangle2*& pT, int& edgeIndex) {
+    return walkAlongLine(predicates, pVtx, pT, edgeIndex);
+}
+
+NORVIK2D_HOT_LOOP void Chunk::localSplitAndFlip(Triangle2* pT, Point2* pVtx) {
+    localInitVCheckT13(pT, pVtx);
+    flipper.flipUntilDelaunay(pVtx, [](const Triangle2*) { return true; });
 }
 
 /// A point on an edge makes a flat triangle there, which the flips remove: its circle is a half plane that holds whatever
 /// lies beyond.
-NORVIK2D_HOT_LOOP void Chunk::localSplitAndFlip(Triangle2* pT, Point2* pVtx) {
+[[gnu::always_inline]] inline void Chunk::localInitVCheckT13(Triangle2* pT, Point2* pVtx) {
+    require(flipper.isIdle(), "vLocalCheckT.empty()");
     Triangle2* const pA = localCreateTriangleMT();
     flipper.splitInThree(pT, pVtx, pA, localCreateTriangleMT());
-    flipper.flipUntilDelaunay(pVtx, [](const Triangle2*) { return true; });
-}
-
-int Chunk::locateInsideConflictT(const Point2* pVtx, Triangle2*& pT, int& edgeIndex) {
-    const int code = walkAlongLine(predicates, pVtx, pT, edgeIndex);
-    require(code == LOCATE_INSIDE || code == LOCATE_DUPLICATE, "tmpTriangle!=__null");
-    return code;
 }
 
 /// A fresh triangle from the chunk's supply: two for each point are taken at first, so the common store is seldom asked.

@@ -29,7 +29,8 @@ void InserterMT::go(ItemSpan items) {
     require(pStartT != nullptr, "pStartT!=__null");
     pDt2->triangulateRec(vSparseVtx, 0, vSparseVtx.size(), pStartT);
 
-    createChunks(numChunks, vDenseVtx, vChunks);
+    std::vector<Chunk*> vNewChunks;
+    createChunks(numChunks, vDenseVtx, vNewChunks);
     startWork(pDt2->getNumCPU());
     for (Chunk* pChunk : vChunks) pChunk->finalize();
     pDt2->getProgress().incProgress(vDenseVtx.size());
@@ -37,10 +38,15 @@ void InserterMT::go(ItemSpan items) {
 
 void InserterMT::splitSmallBig(unsigned long numSparse, ItemSpan items, std::vector<IdxVtxAct*>& vDenseVtx,
                                std::vector<IdxVtxAct*>& vSparseVtx) {
-    const std::size_t step = items.size() / std::min<std::size_t>(items.size() / 2, numSparse);
-    vDenseVtx.reserve(items.size());
-    for (std::size_t i = 0; i < items.size(); ++i)
-        (i % (step + 1) == step ? vSparseVtx : vDenseVtx).push_back(items[i]);
+    const std::size_t numTaken = std::min<std::size_t>(items.size() / 2, numSparse);
+    const std::size_t step = items.size() / std::max<std::size_t>(numTaken, 1);
+    vDenseVtx.reserve(vDenseVtx.size() + items.size());
+    while (items.size() > step) {
+        vDenseVtx.insert(vDenseVtx.end(), items.begin(), items.begin() + static_cast<std::ptrdiff_t>(step));
+        vSparseVtx.push_back(items[step]);
+        items = items.subspan(step + 1);
+    }
+    vDenseVtx.insert(vDenseVtx.end(), items.begin(), items.end());
 }
 
 void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxAct*>& vDenseVtx,
@@ -48,21 +54,41 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
     const std::size_t numDense = vDenseVtx.size(),
                       size = std::max<std::size_t>(numDense / std::max(numChunks, 1UL), 1);
     const std::size_t greatestRest = std::min<std::size_t>(size / 3, 999);
-    const std::size_t denseOfOneSparse = std::max<std::size_t>(numDense / vSparseVtx.size(), 1);
-    chunkPool.init(static_cast<int>(numDense / size) + 1, static_cast<int>(numChunks));
+    for (const IdxVtxAct* pItem : vSparseVtx) pointBox.add(*pItem->pVtx);
+    // One block: their addresses are in the order of the labels.
+    chunkPool.alloc(static_cast<int>(numDense / size) + 1);
+    const std::size_t numOld = vChunks.size();
     for (std::size_t first = 0; first < numDense;) {
         std::size_t last = std::min(first + size, numDense);
         if (numDense - last <= greatestRest) last = numDense;
-        // Sparse and dense vertices alternate along the curve: this one is close.
-        const Point2* pNearVtx = vSparseVtx[std::min(first / denseOfOneSparse, vSparseVtx.size() - 1)]->pVtx;
-        if (pNearVtx->getIncidentTriangle() == nullptr) pNearVtx = pDt2->getVertexVault().getFakeBoxCorner(0);
-        vChunks_.push_back(::new (chunkPool.get()) Chunk(
-            pDt2, box, pointBox, static_cast<int>(vChunks_.size()), vDenseVtx, first, last, pNearVtx));
+        vChunks.push_back(::new (chunkPool.get()) Chunk(pDt2, box, static_cast<int>(vChunks.size() - numOld),
+                                                        vDenseVtx, first, last, sparseVtxAt(first, numDense),
+                                                        pointBox.isValid() ? &pointBox : nullptr));
         first = last;
     }
-    MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::takeBoxOfPoints);
-    for (const Chunk* pChunk : vChunks_) pointBox + pChunk->getBox();  // merges into the left one
-    MTCtrl<Chunk>(vChunks_).run(pDt2->getNumCPU(), &Chunk::determineExtBox);
+    const std::span<Chunk* const> newChunks = std::span(vChunks).subspan(numOld);
+    vChunks_.insert(vChunks_.end(), newChunks.begin(), newChunks.end());
+    determineAreas(newChunks);
+}
+
+/// A sparse vertex in the mesh that is close to a dense one: they alternate along the curve. Null if it is a duplicate, and
+/// if there are none.
+const Point2* InserterMT::sparseVtxAt(std::size_t denseIndex, std::size_t numDense) const {
+    if (vSparseVtx.empty()) return nullptr;
+    const std::size_t denseOfOneSparse = std::max<std::size_t>(numDense / vSparseVtx.size(), 1);
+    const Point2* pVtx = vSparseVtx[std::min(denseIndex / denseOfOneSparse, vSparseVtx.size() - 1)]->pVtx;
+    return pVtx->getIncidentTriangle() != nullptr ? pVtx : nullptr;
+}
+
+/// In stretches of neighbours, several for each thread, as some take longer than others.
+void InserterMT::determineAreas(std::span<Chunk* const> chunks) {
+    constexpr std::size_t stretchesOfThread = 8;
+    const auto numThreads = static_cast<std::size_t>(pDt2->getNumCPU());
+    const std::size_t length = chunks.size() / (stretchesOfThread * numThreads) + 1;
+    std::vector<AreaTask> vTasks;
+    for (; !chunks.empty(); chunks = chunks.subspan(std::min(length, chunks.size())))
+        vTasks.push_back({chunks.first(std::min(length, chunks.size()))});
+    MTCtrl<AreaTask>(vTasks).run(pDt2->getNumCPU(), &AreaTask::go);
 }
 
 /// The order in which chunks are taken: as many stretches of the curve as there are threads, the first chunk of each, then

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "Bbox2.h"
@@ -35,15 +36,17 @@ public:
     /// The whole job for a stretch of the vault's list.
     void go(ItemSpan items);
 
-    /// Divides the items: `numSparse` of them, evenly along the curve, are sparse, at most half of all.
+    /// Divides the items, and appends them: `numSparse` of them, evenly along the curve, are sparse, at most half of all.
     static void splitSmallBig(unsigned long numSparse, ItemSpan items, std::vector<IdxVtxAct*>& vDenseVtx,
                               std::vector<IdxVtxAct*>& vSparseVtx);
-    /// Appends chunks of equal size and determines their areas, with all threads. This object owns them.
+    /// Makes chunks of equal size, determines their areas with all threads, and appends them to `vChunks_`. This object owns
+    /// them, and startWork() inserts them. There is a fake box.
     void createChunks(unsigned long numChunks, const std::vector<IdxVtxAct*>& vDenseVtx,
                       std::vector<Chunk*>& vChunks_);
     /// Inserts all chunks and returns when that is done.
     void startWork(int numThreads);
     /// The first pending chunk whose area meets none of those being inserted, which it joins; null if there is none now.
+    /// Chunks that run alone are never pending: startWork() inserts them in the end.
     Chunk* getWork();
     /// Draws the chunks that are being inserted.
     void showActive(Visualizer2* pVisualizer);
@@ -51,6 +54,8 @@ public:
 private:
     friend void startCPU(void* pInserter);
 
+    const Point2* sparseVtxAt(std::size_t denseIndex, std::size_t numDense) const;
+    void determineAreas(std::span<Chunk* const> chunks);
     void fillPending(std::size_t numThreads);
     Chunk* takeFirstFree();
     Chunk* waitForWork();
@@ -64,7 +69,7 @@ private:
 
     Dt2* pDt2;
     Bbox2 box;       ///< the triangulation's
-    Bbox2 pointBox;  ///< of the dense vertices
+    Bbox2 pointBox;  ///< of the sparse vertices
     std::vector<IdxVtxAct*> vSparseVtx;
     SimplePool<Chunk> chunkPool;
     std::vector<Chunk*> vChunks;  ///< all

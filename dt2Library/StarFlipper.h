@@ -17,6 +17,9 @@ class StarFlipper {
 public:
     explicit StarFlipper(KelmarTest& predicates_) : predicates(predicates_) { vCheckT.reserve(64); }
 
+    /// Whether nothing waits to be flipped.
+    bool isIdle() const noexcept { return vCheckT.empty(); }
+
     /// Divides a triangle in three, using the fresh records `pA` and `pB`.
     [[gnu::always_inline]] void splitInThree(Triangle2* pT, Point2* p, Triangle2* pA, Triangle2* pB) {
         //         a
