@@ -183,7 +183,7 @@ void Chunk::determineExtBox(CircleTable& circles) {
     extBox = box;
     circles.beginChunk();
     Triangle2* pT = walkTo(*items[0]->pVtx, pNearVtx->getIncidentTriangle(), "pLastT!=__null");
-    pStartVtx = corner(pT, 0);
+    takeStartVtx(pT);
 
     Bbox2 circleBox = box;
     grow(walkTo(Point2(box.getMinX(), box.getMinY()), pT, "pStartT!=__null"), circles, circleBox);
@@ -212,6 +212,15 @@ void Chunk::takeBoxOfPoints() {
     widen(minY, maxY, pBox->getMaxY());
     box.add(Point2(minX, minY));
     box.add(Point2(maxX, maxY));
+}
+
+/// The chunk's first walk begins at a corner of the triangle that holds the first point. The corners of the fake box aren't
+/// for that: their triangles lie anywhere along the hull.
+void Chunk::takeStartVtx(const Triangle2* pT) {
+    int i = 0;
+    while (i < 2 && pDt2->getVertexVault().isFakeBoxCorner(corner(pT, i))) ++i;
+    pStartVtx = corner(pT, i);
+    bRunsAlone = pDt2->getVertexVault().isFakeBoxCorner(pStartVtx);
 }
 
 Triangle2* Chunk::walkTo(const Point2& point, Triangle2* pT, const char* condition) {
@@ -246,7 +255,9 @@ void Chunk::grow(Triangle2* pStartT, CircleTable& circles, Bbox2& circleBox) {
 }
 
 /// Adds the triangles at the corners of those collected: flips write links there, read far corners, and leave walks there to
-/// start from. All have been collected themselves but for those at the border.
+/// start from. All have been collected themselves but for those at the border. Of the triangles at a corner of the fake box,
+/// which line its sides all the way, only those collected matter: no walk starts from it, and two chunks that write to it
+/// both have it in their areas.
 void Chunk::addRing(CircleTable& circles, Bbox2& circleBox) {
     const auto add = [&](const Triangle2* pT) {
         Circle& circle = circles.of(pT);
@@ -260,7 +271,8 @@ void Chunk::addRing(CircleTable& circles, Bbox2& circleBox) {
             const Triangle2* const pNeighbour = neighbour(pT, i);
             if (pNeighbour != nullptr && circles.of(pNeighbour).role == Circle::COLLECTED) continue;
             // Each corner on the border begins an edge of it.
-            if (visitUmbrella(corner(pT, ccw(i)), add)) return;
+            const Point2* const pVtx = corner(pT, ccw(i));
+            if (!pDt2->getVertexVault().isFakeBoxCorner(pVtx) && visitUmbrella(pVtx, add)) return;
         }
 }
 

@@ -77,6 +77,7 @@ private:
 
     void setBounds();
     void takeBoxOfPoints();
+    void takeStartVtx(const Triangle2* pT);
     Triangle2* walkTo(const Point2& point, Triangle2* pT, const char* condition);
     void grow(Triangle2* pStartT, CircleTable& circles, Bbox2& circleBox);
     void addRing(CircleTable& circles, Bbox2& circleBox);

@@ -15,7 +15,7 @@ namespace KELMAR_NORVIK2D {
 
 namespace {
 
-/// Below this many records, or with fewer threads than this, a sort runs on the calling thread.
+/// Below this many records a sort runs on the calling thread, and that of the list with fewer threads than this.
 constexpr std::size_t parallelSortThreshold = 10000;
 constexpr int numSortThreads = 4;
 
@@ -40,28 +40,34 @@ struct FourRanges {
     std::size_t border1, border2, border3;
 };
 
-/// Parts a list by three sampled pivots into four ranges that can be sorted at the same time. The parting
-/// keeps the order of what it doesn't part, so that equal keys stay as they were.
-template <class Record, class KeyOf, class IsLeft>
-FourRanges partIntoFour(std::vector<Record>& list, KeyOf keyOf, IsLeft isLeft) {
-    const auto keyAt = [&](std::size_t i) { return keyOf(list[i]); };
+/// Parts a list by three sampled pivots into four ranges that can be sorted at the same time: on the left of a pivot come
+/// smaller keys, and inactive items. The parting keeps the order of what it doesn't part, so that equal keys stay as they
+/// were.
+FourRanges partIntoFour(std::vector<IdxVtxAct*>& list) {
+    const auto keyAt = [&](std::size_t i) { return list[i]->nic; };
     const auto part = [&](std::size_t begin, std::size_t end) {
         const std::uint32_t pivot = meanOfSample(begin, end, keyAt);
         const auto first = list.begin();
         const auto middle = std::stable_partition(
             first + static_cast<std::ptrdiff_t>(begin), first + static_cast<std::ptrdiff_t>(end),
-            [&](const Record& record) { return isLeft(record, pivot); });
+            [&](const IdxVtxAct* pItem) { return pItem->nic < pivot || !pItem->bAct; });
         return static_cast<std::size_t>(middle - first);
     };
     const std::size_t half = part(0, list.size());
     return {part(0, half), half, part(half, list.size())};
 }
 
-template <class T>
-std::vector<std::span<T>> rangesOf(std::vector<T>& list, const FourRanges& borders) {
-    const std::span<T> all(list);
+std::vector<std::span<IdxVtxAct*>> rangesOf(std::vector<IdxVtxAct*>& list, const FourRanges& borders) {
+    const std::span<IdxVtxAct*> all(list);
     return {all.first(borders.border1), all.subspan(borders.border1, borders.border2 - borders.border1),
             all.subspan(borders.border2, borders.border3 - borders.border2), all.subspan(borders.border3)};
+}
+
+/// Calls `take(first, last)` for equal shares of `n` records, one for each thread.
+template <class Take>
+void forEachShare(std::size_t n, int numThreads, Take take) {
+    const std::size_t share = n / static_cast<std::size_t>(numThreads) + 1;
+    for (std::size_t first = 0; first < n; first += share) take(first, std::min(first + share, n));
 }
 
 std::uint32_t wrappedDistance(std::uint32_t keyA, std::uint32_t keyB) {
@@ -298,11 +304,11 @@ void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vecto
     startIndex = vIdxVtxAct.size();
     const int numThreads = pDt2->getNumCPU();
     const std::size_t n = points.size();
-    const std::size_t share = n / static_cast<std::size_t>(numThreads) + 1;
     std::vector<KeyIndex> vPairs(n);
     std::vector<Task> vKeyTasks;
-    for (std::size_t first = 0; first < n; first += share)
-        vKeyTasks.push_back({vPairs, &points, &pDt2->getHC(), first, std::min(first + share, n)});
+    forEachShare(n, numThreads, [&](std::size_t first, std::size_t last) {
+        vKeyTasks.push_back({vPairs, &points, &pDt2->getHC(), first, last});
+    });
     MTCtrl<Task>(vKeyTasks).run(numThreads, &Task::go);
     sortVector(vPairs);
     orderEqualKeys(vPairs, points);
@@ -310,15 +316,16 @@ void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vecto
     reserveItems(startIndex + n);
     if (pHandles != nullptr) pHandles->resize(n);
     // The pools know one thread only: records are taken here, and filled by the workers.
-    std::vector<Point2*> vVertices(n);
-    for (Point2*& pVtx : vVertices) {
-        pVtx = pDt2->getRawVertex();
+    const std::int64_t firstRank = pDt2->getVertexPool().numHandedOut();
+    for (std::size_t i = 0; i < n; ++i) {
+        pDt2->getRawVertex();
         vIdxVtxAct.push_back(itemPool.get());
     }
     std::vector<FTask> vFillTasks;
-    for (std::size_t first = 0; first < n; first += share)
-        vFillTasks.push_back({vPairs, &points, vVertices, std::span(vIdxVtxAct).subspan(startIndex), pHandles,
-                              first, std::min(first + share, n)});
+    forEachShare(n, numThreads, [&](std::size_t first, std::size_t last) {
+        vFillTasks.push_back({vPairs, &points, &pDt2->getVertexPool(), firstRank,
+                              std::span(vIdxVtxAct).subspan(startIndex), pHandles, first, last});
+    });
     MTCtrl<FTask>(vFillTasks).run(numThreads, &FTask::go);
 }
 
@@ -355,28 +362,39 @@ void VertexVault::mtSort() {
         SortTask{vIdxVtxAct}.go();
         return;
     }
-    const FourRanges borders = partIntoFour(
-        vIdxVtxAct, [](const IdxVtxAct* pItem) { return pItem->nic; },
-        [](const IdxVtxAct* pItem, std::uint32_t pivot) { return pItem->nic < pivot || !pItem->bAct; });
     std::vector<SortTask> vTasks;
-    for (const std::span<IdxVtxAct*> range : rangesOf(vIdxVtxAct, borders)) vTasks.push_back({range});
+    for (const std::span<IdxVtxAct*> range : rangesOf(vIdxVtxAct, partIntoFour(vIdxVtxAct)))
+        vTasks.push_back({range});
     MTCtrl<SortTask>(vTasks).run(numSortThreads, &SortTask::go);
 }
 
+/// With several threads pairs are parted by the highest digit of their keys, into parts that mostly fit into a cache, and
+/// then the parts are sorted.
 void VertexVault::sortVector(std::vector<KeyIndex>& pairs) const {
     std::vector<KeyIndex> vScratch(pairs.size());
-    if (pDt2->getNumCPU() < numSortThreads || pairs.size() < parallelSortThreshold) {
+    const int numThreads = pDt2->getNumCPU();
+    if (numThreads < 2 || pairs.size() < parallelSortThreshold) {
         SortTask2{pairs, vScratch}.go();
         return;
     }
-    const FourRanges borders = partIntoFour(
-        pairs, [](const KeyIndex& pair) { return pair.first; },
-        [](const KeyIndex& pair, std::uint32_t pivot) { return pair.first < pivot; });
-    const auto ranges = rangesOf(pairs, borders);
-    const auto scratches = rangesOf(vScratch, borders);
-    std::vector<SortTask2> vTasks;
-    for (std::size_t i = 0; i < ranges.size(); ++i) vTasks.push_back({ranges[i], scratches[i]});
-    MTCtrl<SortTask2>(vTasks).run(numSortThreads, &SortTask2::go);
+    std::vector<PartTask> vPartTasks;
+    forEachShare(pairs.size(), numThreads, [&](std::size_t first, std::size_t last) {
+        vPartTasks.push_back({std::span(pairs).subspan(first, last - first), vScratch});
+    });
+    MTCtrl<PartTask>(vPartTasks).run(numThreads, &PartTask::count);
+    std::vector<SortTask2> vSortTasks;
+    std::uint32_t start = 0;
+    for (std::size_t digit = 0; digit < PartTask::Counts().size(); ++digit) {
+        const std::uint32_t firstStart = start;
+        for (PartTask& task : vPartTasks) start += std::exchange(task.counts[digit], start);
+        const std::size_t size = start - firstStart;
+        if (size > 0)
+            vSortTasks.push_back({std::span(vScratch).subspan(firstStart, size),
+                                  std::span(pairs).subspan(firstStart, size), true});
+    }
+    MTCtrl<PartTask>(vPartTasks).run(numThreads, &PartTask::part);
+    MTCtrl<SortTask2>(vSortTasks).run(numThreads, &SortTask2::go);
+    pairs.swap(vScratch);
 }
 
 void VertexVault::reconfiguration() {

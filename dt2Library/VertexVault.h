@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -117,6 +118,10 @@ public:
     void removeFakeBox();
     bool hasFakeBox() const noexcept { return vFakeBoxHandles.size() == 4; }
     Point2* getFakeBoxCorner(std::size_t index) const;
+    bool isFakeBoxCorner(const Point2* pVtx) const noexcept {
+        return std::any_of(vFakeBoxHandles.begin(), vFakeBoxHandles.end(),
+                           [pVtx](const auto& pCorner) { return pCorner.get() == pVtx; });
+    }
 
     // Diagnostics
 

@@ -16,7 +16,8 @@ void FTask::go() noexcept {
     for (std::size_t rank = first; rank < last; ++rank) {
         prefetchAhead(pairs, rank, *pPoints);
         const auto [key, index] = pairs[rank];
-        Point2* pVtx = ::new (vertices[rank]) Point2((*pPoints)[index]);
+        Point2* pVtx =
+            ::new (pVertices->at(firstRank + static_cast<std::int64_t>(rank))) Point2((*pPoints)[index]);
         *items[rank] = {key, true, pVtx};
         if (pHandles != nullptr) (*pHandles)[index] = pVtx;
     }
@@ -29,8 +30,17 @@ void SortTask::go() noexcept {
     std::inplace_merge(items.begin(), middle, items.end(), func_ltDerefPtr{});
 }
 
+void PartTask::count() noexcept {
+    for (const KeyIndex& pair : share) ++counts[pair.first >> numLowBits];
+}
+
+void PartTask::part() noexcept {
+    for (const KeyIndex& pair : share) out[counts[pair.first >> numLowBits]++] = pair;
+}
+
 void SortTask2::go() noexcept {
-    radixSort(pairs, scratch, [](const KeyIndex& pair) { return pair.first; });
+    radixSort(
+        pairs, scratch, [](const KeyIndex& pair) { return pair.first; }, bSameDigit ? 2 : 3);
 }
 
 }  // namespace KELMAR_NORVIK2D

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
 #include "HC2.h"
 #include "IdxVtxAct.h"
 #include "Point2.h"
+#include "SimplePool.h"
 #include "hilbertOrder.h"
 
 /// The pieces into which MTCtrl cuts the preparation of a bulk insertion. None throws.
@@ -33,7 +36,8 @@ inline void prefetchAhead(std::span<const KeyIndex> pairs, std::size_t rank,
 struct FTask {
     std::span<const KeyIndex> pairs;
     const std::vector<Point2>* pPoints;
-    std::span<Point2* const> vertices;
+    const SimplePool<Point2>* pVertices;
+    std::int64_t firstRank;  ///< of the vertices, in the pool
     std::span<IdxVtxAct* const> items;
     std::vector<Point2*>* pHandles;  ///< may be null
     std::size_t first, last;
@@ -48,10 +52,25 @@ struct SortTask {
     void go() noexcept;
 };
 
-/// Sorts a range of pairs by key; pairs of equal key keep their order.
+/// Parts pairs by the highest digit of their keys: each of several tasks counts its own share, and when all know where their
+/// parts begin, puts it there. Pairs of equal digit keep their order, within a task and from one to the next.
+struct PartTask {
+    static constexpr unsigned numLowBits = 22;
+    using Counts = std::array<std::uint32_t, std::size_t{1} << (32 - numLowBits)>;
+
+    std::span<const KeyIndex> share;
+    std::span<KeyIndex> out;  ///< for all shares
+    Counts counts{};          ///< later where the next pair of each digit goes
+
+    void count() noexcept;
+    void part() noexcept;
+};
+
+/// Sorts a range of pairs by key, or one whose keys have the same highest digit; pairs of equal key keep their order.
 struct SortTask2 {
     std::span<KeyIndex> pairs;
     std::span<KeyIndex> scratch;
+    bool bSameDigit = false;
 
     void go() noexcept;
 };
