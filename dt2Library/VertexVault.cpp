@@ -276,8 +276,7 @@ void VertexVault::iReset_vector(const std::vector<Point2>& points, std::vector<P
     startIndex = vIdxVtxAct.size();
     std::vector<KeyIndex> vPairs(points.size());
     Task{vPairs, &points, &pDt2->getHC(), 0, points.size()}.go();
-    sortVector(vPairs);
-    orderEqualKeys(vPairs, points);
+    sortVector(vPairs, points);
 
     reserveItems(startIndex + points.size());
     if (pHandles != nullptr) pHandles->resize(points.size());
@@ -310,8 +309,7 @@ void VertexVault::iReset_vector_mt(const std::vector<Point2>& points, std::vecto
         vKeyTasks.push_back({vPairs, &points, &pDt2->getHC(), first, last});
     });
     MTCtrl<Task>(vKeyTasks).run(numThreads, &Task::go);
-    sortVector(vPairs);
-    orderEqualKeys(vPairs, points);
+    sortVector(vPairs, points);
 
     reserveItems(startIndex + n);
     if (pHandles != nullptr) pHandles->resize(n);
@@ -370,11 +368,11 @@ void VertexVault::mtSort() {
 
 /// With several threads pairs are parted by the highest digit of their keys, into parts that mostly fit into a cache, and
 /// then the parts are sorted.
-void VertexVault::sortVector(std::vector<KeyIndex>& pairs) const {
+void VertexVault::sortVector(std::vector<KeyIndex>& pairs, const std::vector<Point2>& points) const {
     std::vector<KeyIndex> vScratch(pairs.size());
     const int numThreads = pDt2->getNumCPU();
     if (numThreads < 2 || pairs.size() < parallelSortThreshold) {
-        SortTask2{pairs, vScratch}.go();
+        SortTask2{pairs, vScratch, &points}.go();
         return;
     }
     std::vector<PartTask> vPartTasks;
@@ -390,7 +388,7 @@ void VertexVault::sortVector(std::vector<KeyIndex>& pairs) const {
         const std::size_t size = start - firstStart;
         if (size > 0)
             vSortTasks.push_back({std::span(vScratch).subspan(firstStart, size),
-                                  std::span(pairs).subspan(firstStart, size), true});
+                                  std::span(pairs).subspan(firstStart, size), &points, true});
     }
     MTCtrl<PartTask>(vPartTasks).run(numThreads, &PartTask::part);
     MTCtrl<SortTask2>(vSortTasks).run(numThreads, &SortTask2::go);

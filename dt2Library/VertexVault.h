@@ -146,7 +146,7 @@ private:
 
     void reserveItems(std::size_t n);
     void mtSort();
-    void sortVector(std::vector<KeyIndex>& pairs) const;
+    void sortVector(std::vector<KeyIndex>& pairs, const std::vector<Point2>& points) const;
     void makeInactive(IdxVtxAct* pItem);
     void findDuplicatesByCoordinates();
     void redirectHandles(std::vector<Point2*>& handles) const;

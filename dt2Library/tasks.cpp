@@ -38,9 +38,10 @@ void PartTask::part() noexcept {
     for (const KeyIndex& pair : share) out[counts[pair.first >> numLowBits]++] = pair;
 }
 
-void SortTask2::go() noexcept {
+void SortTask2::go() {
     radixSort(
         pairs, scratch, [](const KeyIndex& pair) { return pair.first; }, bSameDigit ? 2 : 3);
+    orderEqualKeys(pairs, *pPoints);
 }
 
 }  // namespace KELMAR_NORVIK2D

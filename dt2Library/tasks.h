@@ -12,7 +12,7 @@
 #include "SimplePool.h"
 #include "hilbertOrder.h"
 
-/// The pieces into which MTCtrl cuts the preparation of a bulk insertion. None throws.
+/// The pieces into which MTCtrl cuts the preparation of a bulk insertion. None throws, unless memory runs out.
 namespace KELMAR_NORVIK2D {
 
 /// Puts the input points into list order: key and index of each point in [first, last).
@@ -66,13 +66,15 @@ struct PartTask {
     void part() noexcept;
 };
 
-/// Sorts a range of pairs by key, or one whose keys have the same highest digit; pairs of equal key keep their order.
+/// Puts a range of pairs into list order: by key, or by the lower digits where the highest one is the same, and within long
+/// runs of equal keys by orderEqualKeys().
 struct SortTask2 {
     std::span<KeyIndex> pairs;
     std::span<KeyIndex> scratch;
+    const std::vector<Point2>* pPoints;
     bool bSameDigit = false;
 
-    void go() noexcept;
+    void go();
 };
 
 }  // namespace KELMAR_NORVIK2D
