@@ -23,17 +23,18 @@ enum ChunkState { CHUNK_NEW = 0, CHUNK_STARTED = 1, CHUNK_FINISHED = 2 };
 ///  1. Only chunks whose areas are disjoint run at the same time (InserterMT sees to it).
 ///  2. A chunk makes and flips only triangles that lie in its area as a whole. What a new vertex changes lies in the circles
 ///     through it that are empty of other vertices; their union only shrinks while vertices come in, and the area encloses
-///     the circles that reached the chunk's points before any chunk ran, and those of all triangles at their corners.
-///     The triangles next to a changed region get one link written. Both ends of that edge lie in the area. Those of the
-///     other two edges don't, so no other running chunk changes the triangle or writes a link of it; but it may stick out
-///     into another chunk's area, which then walks across it.
+///     the circles that reached the chunk's points before any chunk ran, and those of all triangles at their corners, but for
+///     the corners of the fake box.
+///     The triangles next to a changed region get one link written. Both ends of that edge lie in the area, and so does one
+///     end of each of the other two: no other running chunk changes the triangle or writes a link of it. But it may stick
+///     out into the area of another chunk, which then walks across it.
 ///  3. Walks stay in triangles that reach into the area. Each goes straight along the line to a point of the chunk from
-///     corner 0 of a triangle at a vertex in the area: either at a corner of the triangle where the first point lay, or at
-///     the place of one of the chunk's points. All circles of the triangles at such a vertex were among those that the area
-///     encloses, so corner 0 is in it as well, and so is the line, as boxes are convex. No other running chunk changes a
-///     triangle on the line. It may write the link across an edge of it, but only of one in its own area, which the line
-///     doesn't cross: walks look at such links in search of the way they came, and so links are read and written as a whole
-///     (sharedNeighbour).
+///     corner 0 of a triangle at a vertex in the area: one at the place of a point of the chunk, or for the first walk a
+///     corner of the triangle where the first point lay, none of the fake box's. All circles of the triangles at such a
+///     vertex were among those that the area encloses, so corner 0 is in it as well, and so is the line, as boxes are convex.
+///     No other running chunk changes a triangle on the line. It may write the link across an edge of it, but only of one in
+///     its own area, which the line doesn't cross: walks look at such links in search of the way they came, and so links are
+///     read and written as a whole (sharedNeighbour).
 class Chunk {
 public:
     using ItemSpan = VertexVault::ItemSpan;
