@@ -1,6 +1,7 @@
 #include "ConstraintGraph2.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -23,34 +24,78 @@ Point2* otherEnd(const ConstraintSegment2* pSegment, const Point2* pEnd) {
     return pSegment->getSrc() == pEnd ? pSegment->getTrg() : pSegment->getSrc();
 }
 
+/// The end that comes first by x, then by y.
+Point2* lowerEnd(const ConstraintSegment2* pSegment) {
+    return *pSegment->getTrg() < *pSegment->getSrc() ? pSegment->getTrg() : pSegment->getSrc();
+}
+
 bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
     return pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx;
 }
 
-/// The segments at a vertex by their ranks. A ring has two; of more only that there are more is kept.
+constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+int sideOf(const ConstraintSegment2* pSegment, const Point2* pEnd) {
+    return pSegment->getSrc() == pEnd ? 0 : 1;
+}
+Point2* endOf(const ConstraintSegment2* pSegment, int side) {
+    return side == 0 ? pSegment->getSrc() : pSegment->getTrg();
+}
+
+/// For each of many segments, by rank, the other one at its source and at its target; none where there isn't exactly one.
+using RingLinks = std::vector<std::array<std::uint32_t, 2>>;
+
+/// Links the segments if they already follow each other around a ring, as they mostly do. False otherwise.
+bool linkInOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks& vLinks) {
+    const auto numSegments = static_cast<std::uint32_t>(vSegments.size());
+    vLinks.assign(numSegments, {none, none});
+    FlatTable<const Point2*> sVertices;
+    sVertices.reserve(numSegments);
+    for (std::uint32_t i = 0; i < numSegments; ++i) {
+        const std::uint32_t next = i + 1 == numSegments ? 0 : i + 1;
+        const Point2* const pShared = touches(vSegments[next], vSegments[i]->getSrc())
+                                          ? vSegments[i]->getSrc()
+                                          : vSegments[i]->getTrg();
+        if (!touches(vSegments[next], pShared)) return false;
+        const auto [pEntry, bNew] = sVertices.insert(pShared);
+        if (!bNew) return false;
+        *pEntry = pShared;
+        vLinks[i][sideOf(vSegments[i], pShared)] = next;
+        vLinks[next][sideOf(vSegments[next], pShared)] = i;
+    }
+    return true;
+}
+
+/// The first two segments at a vertex.
 struct SegmentsAtVertex {
     const Point2* pVtx = nullptr;
     std::uint32_t first = none;
     std::uint32_t second = none;
-
-    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
-
-    void add(std::uint32_t segment) {
-        if (second != none)
-            first = none;
-        else
-            (first == none ? first : second) = segment;
-    }
-    bool areTwo() const { return first != none && second != none; }
 };
 
 struct VertexOf {
     const Point2* operator()(const SegmentsAtVertex& segments) const { return segments.pVtx; }
 };
 
-using SegmentsAtVertices = FlatTable<SegmentsAtVertex, AddressHash, VertexOf>;
-
-void warnImpossible(const char* text) { warning("ConstraintGraph2::checkAndSortPolygon()", text); }
+/// Links segments in any order.
+void linkInAnyOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks& vLinks) {
+    vLinks.assign(vSegments.size(), {none, none});
+    FlatTable<SegmentsAtVertex, AddressHash, VertexOf> mVtx2Segments;
+    mVtx2Segments.reserve(vSegments.size());
+    for (std::uint32_t i = 0; i < vSegments.size(); ++i)
+        for (const Point2* pEnd : {vSegments[i]->getSrc(), vSegments[i]->getTrg()}) {
+            const auto [pAtEnd, bNew] = mVtx2Segments.insert(pEnd);
+            if (bNew) {
+                *pAtEnd = {pEnd, i, none};
+                continue;
+            }
+            const bool bIsSecond = pAtEnd->second == none;
+            if (bIsSecond) pAtEnd->second = i;
+            const std::uint32_t first = pAtEnd->first, second = pAtEnd->second;
+            vLinks[first][sideOf(vSegments[first], pEnd)] = bIsSecond ? second : none;
+            vLinks[second][sideOf(vSegments[second], pEnd)] = bIsSecond ? first : none;
+        }
+}
 
 }  // namespace
 
@@ -92,54 +137,36 @@ bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
 /// Crossings aren't looked for.
 bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     if (parents.size() < 3) return false;
-    SegmentsAtVertices mVtx2Segments;
-    mVtx2Segments.reserve(parents.size());
-    const Point2* pStart = parents.front()->getSrc();
-    for (std::uint32_t i = 0; i < parents.size(); ++i)
-        for (const Point2* pEnd : {parents[i]->getSrc(), parents[i]->getTrg()}) {
-            const auto [pSegments, bNew] = mVtx2Segments.insert(pEnd);
-            if (bNew) pSegments->pVtx = pEnd;
-            pSegments->add(i);
-            if (pEnd->x() < pStart->x() || (pEnd->x() == pStart->x() && pEnd->y() < pStart->y()))
-                pStart = pEnd;
-        }
+    RingLinks vLinks;
+    if (!linkInOrder(parents, vLinks)) linkInAnyOrder(parents, vLinks);
 
-    const SegmentsAtVertex& atStart = *mVtx2Segments.find(pStart);
-    if (!atStart.areTwo()) return false;
-    ConstraintSegment2* const pS0 = parents[atStart.first];
-    ConstraintSegment2* const pS1 = parents[atStart.second];
-    const Point2* pHead = otherEnd(pS0, pStart);
-    ConstraintSegment2* pCurrent = pS0;
-    switch (pDt->getPredicates()->getOrientation2(pStart, pHead, otherEnd(pS1, pStart))) {
+    std::uint32_t start = 0;
+    for (std::uint32_t i = 1; i < parents.size(); ++i)
+        if (*lowerEnd(parents[i]) < *lowerEnd(parents[start])) start = i;
+    const Point2* const pStart = lowerEnd(parents[start]);
+    const std::uint32_t other = vLinks[start][sideOf(parents[start], pStart)];
+    if (other == none) return false;
+    std::uint32_t current = start;
+    switch (pDt->getPredicates()->getOrientation2(pStart, otherEnd(parents[start], pStart),
+                                                  otherEnd(parents[other], pStart))) {
         case ORIENTATION2_CCW:
             break;
         case ORIENTATION2_CW:
-            pHead = otherEnd(pS1, pStart);
-            pCurrent = pS1;
+            current = other;
             break;
         default:
             return false;
     }
     const Point2* pTail = pStart;
     for (;;) {
+        ConstraintSegment2* const pCurrent = parents[current];
+        const int headSide = 1 - sideOf(pCurrent, pTail);
         vCSegParents.push_back(pCurrent);
-        setDirection(pCurrent, pCurrent->getSrc() == pHead);
-        if (pHead == pStart) return parents.size() == vCSegParents.size();
-
-        const SegmentsAtVertex& atHead = *mVtx2Segments.find(pHead);
-        if (!atHead.areTwo()) return false;
-        const bool bFirstGoesBack = touches(parents[atHead.first], pTail);
-        pCurrent = parents[bFirstGoesBack ? atHead.second : atHead.first];
-        if (bFirstGoesBack && touches(pCurrent, pTail)) {
-            warnImpossible("Impossible case3!");
-            return false;
-        }
-        if (pCurrent->getSrc() == pCurrent->getTrg()) {
-            warnImpossible(bFirstGoesBack ? "Impossible case2!" : "Impossible case1!");
-            return false;
-        }
-        pTail = pHead;
-        pHead = otherEnd(pCurrent, pTail);
+        setDirection(pCurrent, headSide == 0);
+        pTail = endOf(pCurrent, headSide);
+        if (pTail == pStart) return parents.size() == vCSegParents.size();
+        current = vLinks[current][headSide];
+        if (current == none) return false;
     }
 }
 

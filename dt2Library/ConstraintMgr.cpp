@@ -27,13 +27,14 @@ public:
 
     /// The rank of a point among the different ones.
     std::uint32_t rankOf(const Point2& point) {
+        if (!vPoints.empty() && vPoints[lastRank] == point) return lastRank;  // as in chains
         const std::size_t mask = vPlaces.size() - 1;
         std::size_t place = hashOf(point) & mask;
         for (; vPlaces[place] != none; place = (place + 1) & mask)
-            if (vPoints[vPlaces[place]] == point) return vPlaces[place];
-        vPlaces[place] = static_cast<std::uint32_t>(vPoints.size());
+            if (vPoints[vPlaces[place]] == point) return lastRank = vPlaces[place];
+        vPlaces[place] = lastRank = static_cast<std::uint32_t>(vPoints.size());
         vPoints.push_back(point);
-        return vPlaces[place];
+        return lastRank;
     }
 
     const std::vector<Point2>& getPoints() const noexcept { return vPoints; }
@@ -51,6 +52,7 @@ private:
 
     std::vector<Point2> vPoints;
     std::vector<std::uint32_t> vPlaces;
+    std::uint32_t lastRank = 0;
 };
 
 /// Reports about a hundred times in a loop over `n` things that make up a part of an operation.
@@ -66,6 +68,13 @@ private:
     Progress& progress;
     std::size_t step;
 };
+
+/// The triangles at the segments' sources are asked for some time before they are read.
+void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_t i) {
+    constexpr std::size_t far = 16, near = 8;
+    if (i + far < vSegments.size()) __builtin_prefetch(vSegments[i + far]->getSrc());
+    if (i + near < vSegments.size()) prefetchTriangle(vSegments[i + near]->getSrc()->getIncidentTriangle());
+}
 
 }  // namespace
 
@@ -180,7 +189,9 @@ void ConstraintMgr::apply() {
 bool ConstraintMgr::applyOnce(const Segments& vCurrent, Segments& vNext) {
     Progress& progress = pDt->getProgress();
     bool bChanged = false;
-    for (ConstraintSegment2* pSegment : vCurrent) {
+    for (std::size_t i = 0; i < vCurrent.size(); ++i) {
+        ConstraintSegment2* const pSegment = vCurrent[i];
+        prefetchAhead(vCurrent, i);
         progress.incProgress(1);
         const bool bWasAlive = pSegment->isAlive();
         if (bWasAlive) {
@@ -213,11 +224,17 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& 
     progress.start("establish constraints", 3 * vPairs.size());
     LoopProgress loopProgress(progress, vPairs.size());
     mConstraintSegments.reserve(mConstraintSegments.size() + vPairs.size());
+    vByEnds.reserve(std::max(mConstraintSegments.size() + vPairs.size(), vByEnds.capacity()));
     Segments vSegments;
     vSegments.reserve(vPairs.size());
     for (std::size_t i = 0; i < vPairs.size(); ++i) {
+        constexpr std::size_t ahead = 8;
         loopProgress.at(i);
         const auto [p, q] = vPairs[i];
+        if (i + ahead < vPairs.size()) {
+            mConstraintSegments.prefetch(VertexPair2(vPairs[i + ahead].first, vPairs[i + ahead].second));
+            sConstraintVertices.prefetch(vPairs[i + ahead].second);
+        }
         if (p != q) {
             vSegments.push_back(addConstraintSegment(p, q, cis));
             continue;
@@ -230,6 +247,7 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& 
     ConstraintGraph2* const pGraph = keep(std::make_unique<ConstraintGraph2>(pDt, vSegments, cis));
     for (std::size_t i = 0; bApply && i < vSegments.size(); ++i) {
         loopProgress.at(i);
+        prefetchAhead(vSegments, i);
         const MuteScope muted(progress);
         applyOneSegment(vSegments[i]);
     }

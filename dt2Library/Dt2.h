@@ -266,7 +266,7 @@ private:
     void cutOff(Point2* pVtx);
     void flipRoundsUntilDelaunay(bool bRespectConstraints);
     void restoreFlippedConstraints();
-    void flipBackToDelaunay(std::vector<Edge2> vOpen);
+    void flipBackToDelaunay(std::vector<Side>& vOpen);
     /// Refinement wants to hear of changed triangles; there is none yet.
     void addRefCand3(Triangle2* /*pT*/) noexcept {}
 
@@ -304,11 +304,12 @@ private:
     struct ChainNode {
         Border border;
         std::size_t previous, next;
+        bool bDiagonal = false;  ///< a triangle of the polygon lies on the other side
         bool bUnlinked = false;
     };
     std::vector<ChainNode> vChainNodes;
     std::vector<std::size_t> vCandidates, vNextCandidates;
-    std::vector<Border> vRightChain, vLeftChain;
+    std::vector<Border> vRightChain, vLeftChain, vDiagonals;
     std::vector<Triangle2*> vCrossedT, vNewT;
 };
 

@@ -326,9 +326,11 @@ Point2* Dt2::reportCrossing(const ConstraintSegment2* pCSeg, const Edge2& crosse
     return nullptr;
 }
 
-/// Replaces the crossed triangles by those of the two polygons on both sides of the segment.
+/// Replaces the crossed triangles by those of the two polygons on both sides of the segment. Only the diagonals of the polygons
+/// are tested: the triangles around the polygons, with their edges to them, belong to the new mesh as they did to the old one.
 void Dt2::rebuildConflictZone() {
     vNewT.clear();
+    vDiagonals.clear();
     Triangle2* const pRight = triangulatePolygon(vRightChain, vNewT);
     // It was gathered from the source on, and its edges run back to there.
     std::reverse(vLeftChain.begin(), vLeftChain.end());
@@ -340,7 +342,7 @@ void Dt2::rebuildConflictZone() {
         makeDead(pT);
         recycledTriangles.push_back(pT);
     }
-    flipToMatchCDT(vNewT);
+    flipBackToDelaunay(vDiagonals);
 }
 
 /// Cuts off ears, pass after pass. The old triangles carry the edges that are still to be closed: where an ear a-b-c is cut
@@ -380,12 +382,15 @@ Triangle2* Dt2::triangulatePolygon(const std::vector<Border>& chain, std::vector
             vOut.push_back(pEar);
             Triangle2* const pOuter1 = neighbour(pT1, i1);
             Triangle2* const pOuter2 = neighbour(pT2, i2);
+            if (node.bDiagonal) vDiagonals.emplace_back(pEar, 2);
+            if (nextNode.bDiagonal) vDiagonals.emplace_back(pEar, 0);
             replaceNeighbour(pOuter1, pT1, pEar);
             replaceNeighbour(pOuter2, pT2, pEar);
             setNeighbours(pEar, pOuter2, pT1, pOuter1);
             setCorner(pT1, cw(i1), c);
             setNeighbour(pT1, i1, pEar);
 
+            node.bDiagonal = true;
             nextNode.bUnlinked = true;
             node.next = nextNode.next;
             if (node.next != none) vChainNodes[node.next].previous = i;
@@ -401,22 +406,11 @@ Triangle2* Dt2::triangulatePolygon(const std::vector<Border>& chain, std::vector
 }
 
 void Dt2::flipToMatchCDT(std::vector<Triangle2*>& vT) {
-    while (!vT.empty()) {
-        vNextRound.clear();
-        for (Triangle2* pT : vT) {
-            for (int i = 0; i < 3; ++i) {
-                Triangle2* const pU = neighbour(pT, i);
-                if (pU == nullptr || predicates.circleInc3state(pT, farCorner(pT, i)) != CINC2_INCIRCLE ||
-                    isConstraint(pT, i))
-                    continue;
-                flipEdge(pT, i);
-                vNextRound.push_back(pT);
-                vNextRound.push_back(pU);
-                break;
-            }
-        }
-        std::swap(vT, vNextRound);
-    }
+    std::vector<Side> vOpen;
+    for (Triangle2* pT : vT)
+        for (int i = 0; i < 3; ++i) vOpen.emplace_back(pT, i);
+    vT.clear();
+    flipBackToDelaunay(vOpen);
 }
 
 void Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg) {
@@ -424,7 +418,8 @@ void Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg) {
     Triangle2* const pT = getAdjacentTriangle(pCSeg->getSrc(), pCSeg->getTrg());
     if (pT == nullptr) return;  // it isn't an edge yet
     const int edge = cw(indexOf(pT, pCSeg->getSrc()));
-    if (neighbour(pT, edge) != nullptr) flipBackToDelaunay({Edge2(pT, edge)});
+    std::vector<Side> vOpen{{pT, edge}};
+    flipBackToDelaunay(vOpen);
 }
 
 // -------------------------------------------------------------------------------------- conforming segments

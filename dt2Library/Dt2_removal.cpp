@@ -258,23 +258,24 @@ void Dt2::cutOff(Point2* pVtx) {
 }
 
 void Dt2::bfsFlipIncident(Point2* pVtx) {
-    std::vector<Edge2> vOpen;
+    std::vector<Side> vOpen;
     visitUmbrella(pVtx, [&](Triangle2* pT) {
         vOpen.emplace_back(pT, indexOf(pT, pVtx));
         return false;
     });
-    flipBackToDelaunay(std::move(vOpen));
+    flipBackToDelaunay(vOpen);
 }
 
-/// Flips the edges of the stack, and those that the flips bring to light, until all are Delaunay.
-void Dt2::flipBackToDelaunay(std::vector<Edge2> vOpen) {
+/// Flips the edges of the stack, and those that the flips bring to light, until all are Delaunay or constraints.
+void Dt2::flipBackToDelaunay(std::vector<Side>& vOpen) {
     while (!vOpen.empty()) {
-        Triangle2 *pFromT, *pU;
-        int fromICI, indexInU;
-        vOpen.back().getTriangles(pFromT, pU, fromICI, indexInU);
+        const auto [pFromT, fromICI] = vOpen.back();
         vOpen.pop_back();
-        if (pU == nullptr || isConstraint(pFromT, fromICI)) continue;
-        if (predicates.circleInc3state(pFromT, corner(pU, indexInU)) != CINC2_INCIRCLE) continue;
+        Triangle2* const pU = neighbour(pFromT, fromICI);
+        if (pU == nullptr ||
+            predicates.circleInc3state(pFromT, farCorner(pFromT, fromICI)) != CINC2_INCIRCLE ||
+            isConstraint(pFromT, fromICI))
+            continue;
         require(canBeFlipped(pFromT, fromICI), "canBeFlipped(pFromT,fromICI)");
         flipEdge(pFromT, fromICI);
         for (Triangle2* pT : {pFromT, pU})

@@ -88,6 +88,15 @@ public:
         return {&vEntries[place], bNew};
     }
 
+    /// Asks for the memory that a later question for the key will read.
+    template <class Key>
+    void prefetch(const Key& key) const noexcept {
+        if (vEntries.empty()) return;
+        const std::size_t place = Hash{}(key) & (vEntries.size() - 1);
+        __builtin_prefetch(&vMarks[place]);
+        __builtin_prefetch(&vEntries[place]);
+    }
+
     template <class Visit>
     void visit(Visit visit) const {
         for (std::size_t place = 0; place < vEntries.size(); ++place)

@@ -143,8 +143,8 @@ Point2* VertexVault::getVertexPointer(const Point2& point) const {
 }
 
 Point2* VertexVault::getSortedVertexPointer(const Point2& point) const {
-    const unsigned index = findItem(pDt2->getHC().iReset(point),
-                                    [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
+    const unsigned index =
+        findItem(pDt2->getHC().iReset(point), [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
     return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
 }
 
