@@ -110,7 +110,7 @@ private:
     std::size_t capacity() const noexcept { return vEntries.size() / 2; }
 
     static std::uint8_t markOf(std::size_t hash) noexcept {
-        return static_cast<std::uint8_t>(hash >> 32 ^ hash | 1);
+        return static_cast<std::uint8_t>((hash >> 32 ^ hash) | 1);
     }
 
     template <class Key>
