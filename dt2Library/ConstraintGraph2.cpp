@@ -101,6 +101,7 @@ void linkInAnyOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks
 
 ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, ConstraintInsertionStrategy cis_)
     : pDt(pDt_), cis(cis_) {
+    RoundToNearest nearest;
     init(parents);
     bIsOriented = bIsPolygon;
     if (!bIsPolygon) takeUndirected(parents);
@@ -109,6 +110,7 @@ ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, ConstraintInser
 ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, const PairReverse& mPPReverse,
                                    ConstraintInsertionStrategy cis_)
     : pDt(pDt_), cis(cis_), bIsOriented(true) {
+    RoundToNearest nearest;
     init(parents);
     takeDirected(parents, mPPReverse);
 }
@@ -268,10 +270,20 @@ void ConstraintGraph2::updateSplittedConstraintSegment(ConstraintSegment2* pPare
 
 // ----------------------------------------------------------------------------------------------- questions
 
+/// A client's own record of the same ends counts as the triangulation's.
+ConstraintSegment2::Role::Direction ConstraintGraph2::findDirection(
+    const ConstraintSegment2* pSegment) const {
+    const ConstraintSegment2::Role* pRole = pSegment->findRole(this);
+    if (pRole == nullptr) {
+        const ConstraintSegment2* const pOwn =
+            pDt->getConstraintManager()->findConstraintSegment(pSegment->getSrc(), pSegment->getTrg());
+        if (pOwn != nullptr) pRole = pOwn->findRole(this);
+    }
+    return pRole == nullptr ? ConstraintSegment2::Role::UNKNOWN : pRole->direction;
+}
+
 bool ConstraintGraph2::dbg_hasDirection(const ConstraintSegment2* pSegment) const {
-    using Role = ConstraintSegment2::Role;
-    const Role* const pRole = pSegment == nullptr ? nullptr : pSegment->findRole(this);
-    return pRole != nullptr && pRole->direction != Role::UNKNOWN;
+    return pSegment != nullptr && findDirection(pSegment) != ConstraintSegment2::Role::UNKNOWN;
 }
 
 bool ConstraintGraph2::isConstraint(const ConstraintSegment2* pSegment) const {
@@ -283,8 +295,9 @@ bool ConstraintGraph2::isConstraint(Point2* p, Point2* q) const {
 }
 
 bool ConstraintGraph2::isReverse(const ConstraintSegment2* pSegment) const {
-    require(dbg_hasDirection(pSegment), "q_it!=mCSegReverse.end()");
-    return pSegment->findRole(this)->direction == ConstraintSegment2::Role::REVERSE;
+    const auto direction = findDirection(pSegment);
+    require(direction != ConstraintSegment2::Role::UNKNOWN, "q_it!=mCSegReverse.end()");
+    return direction == ConstraintSegment2::Role::REVERSE;
 }
 
 void ConstraintGraph2::getAliveConstraintChain(Segments& out) const {

@@ -59,7 +59,9 @@ private:
 class LoopProgress {
 public:
     LoopProgress(Progress& progress_, std::size_t n)
-        : progress(progress_), step(std::max<std::size_t>(n / 100, 1)) {}
+        : progress(progress_), step(std::max<std::size_t>(n / 100, 1)) {
+        progress.setStep(step);
+    }
     void at(std::size_t index) {
         if (index % step == 0) progress.incProgress(step);
     }
@@ -91,8 +93,13 @@ ConstraintMgr::~ConstraintMgr() {
 // ----------------------------------------------------------------------------------------------- questions
 
 ConstraintSegment2* ConstraintMgr::getAliveConstraintSegment(Point2* p, Point2* q) const {
+    ConstraintSegment2* const pSegment = findConstraintSegment(p, q);
+    return pSegment != nullptr && pSegment->isAlive() ? pSegment : nullptr;
+}
+
+ConstraintSegment2* ConstraintMgr::findConstraintSegment(Point2* p, Point2* q) const {
     ConstraintSegment2* const* const ppSegment = mConstraintSegments.find(VertexPair2(p, q));
-    return ppSegment != nullptr && (*ppSegment)->isAlive() ? *ppSegment : nullptr;
+    return ppSegment == nullptr ? nullptr : *ppSegment;
 }
 
 void ConstraintMgr::getAliveConstraintSegments(Segments& out) const {
@@ -127,9 +134,8 @@ void ConstraintMgr::updateConstraintSegment(ConstraintSegment2* pParent, Constra
     require(!pParent->isAlive(), "!pParentCSeg->isAlive()");
     require(pChild0 != pChild1, "pCSeg0!=pCSeg1");
     // Children are in the books from their making on.
-    for (const ConstraintSegment2* pChild : {pChild0, pChild1})
-        require(mConstraintSegments.contains(VertexPair2(pChild->getSrc(), pChild->getTrg())),
-                "key0.first<key0.second");
+    require(findConstraintSegment(pChild0->getSrc(), pChild0->getTrg()) == pChild0, "key0.first<key0.second");
+    require(findConstraintSegment(pChild1->getSrc(), pChild1->getTrg()) == pChild1, "key1.first<key1.second");
 }
 
 void ConstraintMgr::manageHash(const ConstraintSegment2* pSegment) {
@@ -224,7 +230,6 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& 
     progress.start("establish constraints", 3 * vPairs.size());
     LoopProgress loopProgress(progress, vPairs.size());
     mConstraintSegments.reserve(mConstraintSegments.size() + vPairs.size());
-    vByEnds.reserve(std::max(mConstraintSegments.size() + vPairs.size(), vByEnds.capacity()));
     Segments vSegments;
     vSegments.reserve(vPairs.size());
     for (std::size_t i = 0; i < vPairs.size(); ++i) {

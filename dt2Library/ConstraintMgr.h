@@ -53,6 +53,8 @@ public:
         return hasConstraints() && mayBeConstraint(p, q) && isConstraint(p, q);
     }
     ConstraintSegment2* getAliveConstraintSegment(Point2* p, Point2* q) const;
+    /// The record of two vertices, alive or not; null if there is none.
+    ConstraintSegment2* findConstraintSegment(Point2* p, Point2* q) const;
     /// Appends the alive records, ordered by the addresses of their ends.
     void getAliveConstraintSegments(Segments& out) const;
 

@@ -1,6 +1,7 @@
 #include "ConstraintSegment2.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 
 #include "ConstraintGraph2.h"
@@ -30,38 +31,28 @@ bool ConstraintSegment2::operator<(const ConstraintSegment2& other) const noexce
 
 /// The role of a graph, a new one if it has none.
 ConstraintSegment2::Role& ConstraintSegment2::roleOf(ConstraintGraph2* pGraph) {
-    const auto isBefore = [](const ConstraintGraph2* pA, const ConstraintGraph2* pB) {
-        return ByAddress{}(pA, pB);
-    };
-    if (firstRole.pGraph == nullptr) firstRole.pGraph = pGraph;
-    if (firstRole.pGraph == pGraph) return firstRole;
-    if (isBefore(pGraph, firstRole.pGraph)) {
-        furtherRoles.push_front(firstRole);
-        return firstRole = {pGraph};
-    }
-    auto place = furtherRoles.before_begin();
-    for (auto next = furtherRoles.begin(); next != furtherRoles.end() && !isBefore(pGraph, next->pGraph);
-         ++next)
-        place = next;
-    if (place == furtherRoles.before_begin() || place->pGraph != pGraph)
-        place = furtherRoles.insert_after(place, {pGraph});
-    return *place;
+    if (pFirstGraph == nullptr) pFirstGraph = pGraph;
+    if (pFirstGraph == pGraph) return firstRole;
+    if (pFurtherRoles == nullptr) pFurtherRoles = std::make_unique<Roles>();
+    return (*pFurtherRoles)[pGraph];
 }
 
 /// Null if the graph has none.
 const ConstraintSegment2::Role* ConstraintSegment2::findRole(const ConstraintGraph2* pGraph) const noexcept {
-    if (firstRole.pGraph == pGraph) return &firstRole;
-    for (const Role& role : furtherRoles)
-        if (role.pGraph == pGraph) return &role;
-    return nullptr;
+    if (pFirstGraph == pGraph) return &firstRole;
+    if (pFurtherRoles == nullptr) return nullptr;
+    const auto entry = pFurtherRoles->find(const_cast<ConstraintGraph2*>(pGraph));
+    return entry == pFurtherRoles->end() ? nullptr : &entry->second;
 }
 
 /// By address.
 std::vector<ConstraintGraph2*> ConstraintSegment2::getOwners() const {
     std::vector<ConstraintGraph2*> vOwners;
-    if (firstRole.bOwner) vOwners.push_back(firstRole.pGraph);
-    for (const Role& role : furtherRoles)
-        if (role.bOwner) vOwners.push_back(role.pGraph);
+    if (firstRole.bOwner) vOwners.push_back(pFirstGraph);
+    if (pFurtherRoles == nullptr) return vOwners;
+    for (const auto& [pGraph, role] : *pFurtherRoles)
+        if (role.bOwner) vOwners.push_back(pGraph);
+    std::sort(vOwners.begin(), vOwners.end(), ByAddress{});
     return vOwners;
 }
 
@@ -160,6 +151,10 @@ bool ConstraintSegment2::split_combinatorialOnly(Point2* pSplit) {
 
 Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     RoundToNearest nearest;
+    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+        warning("Dt2::insertAndSplit()", "non-finite coordinates, nothing done");
+        return nullptr;
+    }
     require(bAlive, "bAlive");
     require(!isSplit(), "vChildren.empty()");
     require(getNumberOfOwners() != 0, "!sOwners.empty()");
@@ -176,7 +171,7 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     }
     makeChildren(pSplit);
     establishPieces();
-    pOwnerDt->bfsFlipIncident(pSplit);
+    if (pOwnerDt->is2D()) pOwnerDt->bfsFlipIncident(pSplit);
     return pSplit;
 }
 

@@ -240,6 +240,8 @@ private:
     void splitConstraintAt(Point2* pVtx, Point2* pEnd0, Point2* pEnd1);
     Point2* reportCrossing(const ConstraintSegment2* pCSeg, const Edge2& crossed, Crossings& vPairIspCS);
     void rebuildConflictZone();
+    void establish(ConstraintSegment2* pInitialCSeg);
+    bool isTooShortToHalve(const Point2& a, const Point2& b) const;
 
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);

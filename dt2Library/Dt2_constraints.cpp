@@ -208,6 +208,11 @@ void Dt2::newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg) {
         warning("Dt2::newCDT_applyOneCS()", "Degenerate constraint, return");
         return;
     }
+    establish(pInitialCSeg);
+}
+
+/// Makes an alive record, or what it has to be divided into, edges.
+void Dt2::establish(ConstraintSegment2* pInitialCSeg) {
     // What still has to become an edge, pieces of other segments that were in the way included.
     std::vector<ConstraintSegment2*> stack;
     newCDT_insertOrSplit(pInitialCSeg, stack);
@@ -433,17 +438,24 @@ void Dt2::insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg) {
         pCSeg->split_combinatorialOnly(beginning.pVtx);
         return;
     }
-    // Ten last places of the greatest coordinates.
-    const double tooShort =
-        std::ldexp(10.0 * std::numeric_limits<double>::epsilon(),
-                   static_cast<int>(std::ceil(std::log2(predicates.getBoundMagnitude()))));
-    if (std::fabs(s->x() - t->x()) < tooShort && std::fabs(s->y() - t->y()) < tooShort) {
+    const Point2 middle = centerWithShift(*s, *t);
+    if (isTooShortToHalve(*s, *t) || middle == *s || middle == *t) {
         warning("Dt2::insertSegmentConformingDelaunay()",
                 "Double precision arithmetic does not allow to split a segment further, giving up. "
                 "Incorrect result!");
         return;
     }
-    pCSeg->split_combinatorialOnly(insert(centerWithShift(*s, *t)));
+    pCSeg->split_combinatorialOnly(insert(middle));
+}
+
+/// Ten last places of the greatest coordinates are too little.
+bool Dt2::isTooShortToHalve(const Point2& a, const Point2& b) const {
+    constexpr double leastExponent = -1074.0, greatestExponent = 1024.0;
+    const double exponent =
+        std::clamp(std::ceil(std::log2(predicates.getBoundMagnitude())), leastExponent, greatestExponent);
+    const double tooShort =
+        std::ldexp(10.0 * std::numeric_limits<double>::epsilon(), static_cast<int>(exponent));
+    return std::fabs(a.x() - b.x()) < tooShort && std::fabs(a.y() - b.y()) < tooShort;
 }
 
 void Dt2::getCZ(const Point2& /*src*/, const Point2& /*trg*/, std::vector<Triangle2*>& /*out*/) {

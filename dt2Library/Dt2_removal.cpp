@@ -210,10 +210,12 @@ void Dt2::remove_CHVersion(Point2* pVtx, bool bInvalidate) {
     vertexVault.removeAndInvalidateVtx(pVtx);
 }
 
-/// Makes the constraints edges again that gave way to the removal of a hull vertex.
+/// Makes the constraints edges again that gave way to the removal of a hull vertex; conforming ones too, which would get
+/// vertices otherwise.
 void Dt2::restoreFlippedConstraints() {
     const MuteScope muted(progress);
-    for (ConstraintSegment2* pCSeg : vFlippedConstraints) constraintMgr.applyOneSegment(pCSeg);
+    for (ConstraintSegment2* pCSeg : vFlippedConstraints)
+        if (is2D() && pCSeg->isAlive()) establish(pCSeg);
     vFlippedConstraints.clear();
 }
 

@@ -42,13 +42,15 @@ void Progress::start(const std::string& name_, std::uint64_t total_) {
     name = name_;
     total = total_;
     count = 0;
+    bBegun = true;
     bFinished = false;
     // About a hundred calls, however long the operation is.
     step = total < 100 ? 1 : total / 100;
 }
 
 void Progress::finish() {
-    if (total == 0) return;
+    if (!bBegun) return;
+    bBegun = false;
     count = total;
     if (!bFinished) broadcast(MSGTYPE_PROGRESS, name, 1.0);
     // To a parent the work of an operation that has ended counts in full.

@@ -42,6 +42,8 @@ public:
         count += n;
         if (count % step == 0) refresh();
     }
+    /// How often listeners hear of the operation: each time the count of steps is a multiple of this.
+    void setStep(std::uint64_t step_) noexcept { step = step_; }
     /// More steps than foreseen.
     void addToTotal(std::uint64_t n) {
         if (total != 0) total += n;
@@ -69,6 +71,7 @@ private:
     std::uint64_t count = 0;
     std::uint64_t step = 1;
     std::string name;
+    bool bBegun = false;  ///< also an operation without steps begins and ends
     bool bFinished = false;
     bool bMuted = false;
 };

@@ -119,6 +119,7 @@ void Bisection::warnOfManySteps(int numSteps, double lo, double hi, double x, do
 double Bisection::search(double start, double halfRange) {
     constexpr int manySteps = 1000, tooManySteps = 1005;
     double lo = start - halfRange, hi = start + halfRange;
+    if (!std::isfinite(lo) || !std::isfinite(hi)) return start;
     const Orientation2 sideLo = sideAt(lo), sideHi = sideAt(hi);
     if (sideLo == ORIENTATION2_COLLINEAR || sideLo == sideHi) return start;
     double x = start;

@@ -80,6 +80,7 @@ private:
     void init(Segments& parents);
     bool checkAndSortPolygon(const Segments& parents);
     bool checkAndSortPolygonSub(const Segments& parents);
+    ConstraintSegment2::Role::Direction findDirection(const ConstraintSegment2* pSegment) const;
     void setDirection(ConstraintSegment2* pSegment, bool bReverse);
     void takeUndirected(const Segments& parents);
     void takeDirected(const Segments& parents, const PairReverse& mPPReverse);

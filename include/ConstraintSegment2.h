@@ -4,9 +4,10 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <forward_list>
 #include <iosfwd>
 #include <limits>
+#include <map>
+#include <memory>
 #include <vector>
 
 #include "Point2.h"
@@ -18,7 +19,7 @@ class ConstraintGraph2;
 class ConstraintMgr;
 
 /// How a segment becomes a chain of edges. The numbers are part of the interface.
-enum ConstraintInsertionStrategy {
+enum ConstraintInsertionStrategy : int {
     /// The mesh stays Delaunay: a segment that isn't an edge is halved until its pieces are. Where two such segments cross
     /// they get no common vertex, unless halving happens to find one: crossing segments want the other strategy.
     CIS_CONFORMING_DELAUNAY = 0,
@@ -82,8 +83,9 @@ public:
     /// Divides an alive record with owners at a vertex of the mesh, without touching a triangle. Children may be records that
     /// exist already.
     bool split_combinatorialOnly(Point2* pSplit);
-    /// Inserts a vertex, divides the alive record there and makes the pieces edges. Returns the vertex; null, and nothing
-    /// has changed, if the point coincides with an end.
+    /// Inserts a vertex, divides the alive record there and makes the pieces edges. The point has to lie on the segment, as
+    /// well as doubles allow. Returns the vertex; null, and nothing has changed, if the point coincides with an end, and (with
+    /// a warning) if it isn't finite.
     Point2* insertAndSplit(const Point2& point);
     /// The same, and removes the vertices that refinement has placed closer to the new vertex than getSrc() is. False if
     /// the point coincides with an end.
@@ -104,10 +106,10 @@ private:
     struct Role {
         enum Direction : std::uint8_t { UNKNOWN, FORWARD, REVERSE };
 
-        ConstraintGraph2* pGraph = nullptr;
         bool bOwner = false;
         Direction direction = UNKNOWN;
     };
+    using Roles = std::map<ConstraintGraph2*, Role>;
 
     bool isSplit() const noexcept { return vChildren[0] != nullptr; }
     Role& roleOf(ConstraintGraph2* pGraph);
@@ -117,15 +119,16 @@ private:
     void makeChildren(Point2* pSplit);
     void establishPieces();
 
-    Role firstRole;                        ///< nearly all records have one graph only
-    std::forward_list<Role> furtherRoles;  ///< all roles are in the order of the graphs' addresses
+    ConstraintGraph2* pFirstGraph = nullptr;  ///< nearly all records have one graph only
+    Role firstRole;
+    bool bAlive = true;
+    std::unique_ptr<Roles> pFurtherRoles;  ///< of the other graphs
     std::uint32_t label;
     ConstraintInsertionStrategy cis;
     Point2* p0;
     Point2* p1;
     std::array<ConstraintSegment2*, 2> vChildren{};  ///< both or none
     double adjacentArea = std::numeric_limits<double>::max();
-    bool bAlive = true;
 };
 
 NORVIK2D_EXPORT std::ostream& operator<<(std::ostream& os, const ConstraintSegment2& segment);

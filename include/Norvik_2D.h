@@ -109,7 +109,8 @@ public:
     /// With CIS_CONSTRAINED_DELAUNAY all pieces are edges on return. Conforming segments, and all as long as the points are
     /// collinear, need applyConstraintsAndZones() as well. Without crossings everything is exact for all finite coordinates.
     /// A crossing is a new vertex, rounded to doubles: this is faithful for coordinates up to 4e9 in magnitude and details of
-    /// 1e-3 and more, since ends within 1e-6 of a crossing are taken as the crossing.
+    /// 1e-3 and more, since ends within 1e-6 of a crossing are taken as the crossing. A bundle of segments that overlap all but
+    /// exactly cross each other again and again, and may get very many vertices.
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
                                        ConstraintInsertionStrategy cis, bool bOrientedSegments = false);
 
@@ -165,9 +166,9 @@ public:
     /// there are no triangles: a warning, and `out` stays as it is.
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& out);
 
-    /// Self-test: the constraints, the links between triangles, and the Delaunay property off the constraints if `bCheckEmptyCircleProperty` is
-    /// true. Faults are reported on standard output, marked with `msg`, and plotted to PostScript files in
-    /// the working directory.
+    /// Self-test: the constraints, the links between triangles and, if `bCheckEmptyCircleProperty` is true, the Delaunay
+    /// property off the constraints. Faults are reported on standard output, marked with `msg`, and plotted to PostScript
+    /// files in the working directory.
     bool checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg);
 
     /// Prints the distribution of the interior angles to standard output.

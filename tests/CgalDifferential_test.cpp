@@ -1,4 +1,5 @@
 // The same points given to another library's exact triangulation.
+#include <CGAL/Constrained_Delaunay_triangulation_2.h>
 #include <CGAL/Delaunay_triangulation_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
 #include <gtest/gtest.h>
@@ -7,19 +8,25 @@
 
 #include "Norvik_2D.h"
 #include "canonicalMesh.h"
+#include "constraintLaws.h"
 #include "hardPoints.h"
+#include "hardSegments.h"
 #include "meshLaws.h"
 
 using namespace KELMAR_NORVIK2D;
 
 namespace {
 
-using Peer = CGAL::Delaunay_triangulation_2<CGAL::Exact_predicates_inexact_constructions_kernel>;
+using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
+using Peer = CGAL::Delaunay_triangulation_2<Kernel>;
+using ConstrainedPeer =
+    CGAL::Constrained_Delaunay_triangulation_2<Kernel, CGAL::Default, CGAL::Exact_predicates_tag>;
 using PeerPoint = Peer::Point;
 
 Coordinates coordinatesOf(const PeerPoint& point) { return {point.x(), point.y()}; }
 
-CanonicalMesh canonicalPeer(const Peer& peer) {
+template <class AnyPeer>
+CanonicalMesh canonicalPeer(const AnyPeer& peer) {
     CanonicalMesh result;
     for (auto face = peer.finite_faces_begin(); face != peer.finite_faces_end(); ++face) {
         std::array<Coordinates, 3> corners;
@@ -59,6 +66,20 @@ void expectAlike(Norvik_2D& mesh, const std::vector<Point2>& points) {
     }
 }
 
+ConstrainedPeer cutByPeer(const std::vector<Point2>& points, const hardSegments::Segments& segments) {
+    ConstrainedPeer peer;
+    for (const Point2& point : points) peer.insert(PeerPoint(point.x(), point.y()));
+    for (const Segment2& segment : segments)
+        peer.insert_constraint(PeerPoint(segment.getSrc().x(), segment.getSrc().y()),
+                               PeerPoint(segment.getTrg().x(), segment.getTrg().y()));
+    return peer;
+}
+
+std::size_t numConstrainedEdges(const ConstrainedPeer& peer) {
+    return static_cast<std::size_t>(
+        std::distance(peer.constrained_edges_begin(), peer.constrained_edges_end()));
+}
+
 }  // namespace
 
 TEST(CgalDifferential, HardPointsOfEveryKind) {
@@ -92,4 +113,46 @@ TEST(CgalDifferential, ManyPointsAndWhatIsLeftAfterRemovals) {
             vLeft.push_back(points[i]);
     }
     expectAlike(mesh, vLeft);
+}
+
+TEST(CgalDifferential, SegmentsWithoutCrossings) {
+    hardPoints::Rng rng(24);
+    const std::vector<Point2> points = hardPoints::uniformPoints(3000, 25);
+    // Each in a cell of its own.
+    hardSegments::Segments apart;
+    for (int i = 0; i < 900; ++i) {
+        const auto inCell = [&] {
+            return Point2((i % 30 + hardPoints::unit(rng)) / 30.0, (i / 30 + hardPoints::unit(rng)) / 30.0);
+        };
+        apart.emplace_back(inCell(), inCell());
+    }
+    for (const hardSegments::Segments& segments :
+         {hardSegments::spiral(400), hardSegments::fan(rng, 300, 0.7), apart}) {
+        Norvik_2D mesh;
+        Demands demands(mesh);
+        mesh.insert(points);
+        demands.create(segments, CIS_CONSTRAINED_DELAUNAY);
+        ASSERT_EQ(demands.check(), "");
+        ASSERT_TRUE(isUnique(mesh));
+        const ConstrainedPeer peer = cutByPeer(points, segments);
+        EXPECT_EQ(demands.getNumPieces(), numConstrainedEdges(peer));
+        EXPECT_TRUE(canonicalMesh(mesh) == canonicalPeer(peer));
+    }
+}
+
+TEST(CgalDifferential, RandomSegmentsHaveTheSameCrossings) {
+    for (unsigned seed = 26; seed < 36; ++seed) {
+        hardPoints::Rng rng(seed);
+        // So large that no crossing is within a millionth of another.
+        const auto point = [&] { return Point2(1e6 * hardPoints::unit(rng), 1e6 * hardPoints::unit(rng)); };
+        hardSegments::Segments segments;
+        for (int i = 0; i < 100; ++i) segments.emplace_back(point(), point());
+        Norvik_2D mesh;
+        Demands demands(mesh);
+        demands.create(segments, CIS_CONSTRAINED_DELAUNAY);
+        ASSERT_EQ(demands.check(), "");
+        const ConstrainedPeer peer = cutByPeer({}, segments);
+        EXPECT_EQ(mesh.numberOfPoints(), peer.number_of_vertices());
+        EXPECT_EQ(demands.getNumPieces(), numConstrainedEdges(peer));
+    }
 }

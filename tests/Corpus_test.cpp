@@ -7,6 +7,8 @@
 
 #include "Norvik_2D.h"
 #include "canonicalMesh.h"
+#include "captureOutput.h"
+#include "constraintLaws.h"
 #include "meshLaws.h"
 
 using namespace KELMAR_NORVIK2D;
@@ -15,10 +17,14 @@ namespace {
 
 enum Home { OURS, EXTRA };
 
+/// What is special about an entry's segments: they form one ring; some of them cross.
+enum Special { NOTHING = 0, RING = 1, CROSSINGS = 2 };
+
 struct Entry {
     const char* name;
     std::size_t numPoints, numHull, numTriangles;
     Home home;
+    int special = NOTHING;
 };
 
 constexpr Entry entries[] = {
@@ -31,48 +37,61 @@ constexpr Entry entries[] = {
     {"p14_jts1171_cocircular", 4, 4, 2, OURS},
     {"p15_cdt100_concyclic", 4, 4, 2, OURS},
     {"s01_constrainautor15_tiny_edge", 6, 5, 5, OURS},
-    {"s03_constrainautor2", 236, 21, 449, OURS},
+    {"s03_constrainautor2", 236, 21, 449, OURS, RING},
     {"s04_cdt_problematic1", 8, 6, 8, OURS},
     {"s07_cdt_triple_hanging", 8, 5, 9, OURS},
     {"s08_cdt42_overlaps", 16, 10, 20, OURS},
-    {"s11_cdt_issue2", 78, 10, 144, OURS},
-    {"s13_cdt_overlap", 8, 8, 6, OURS},
-    {"s16_cdt148", 6, 4, 6, OURS},
+    {"s11_cdt_issue2", 78, 10, 144, OURS, RING},
+    {"s13_cdt_overlap", 8, 8, 6, OURS, RING},
+    {"s16_cdt148", 6, 4, 6, OURS, CROSSINGS},
     {"s17_cdt_letters", 101, 21, 179, OURS},
     {"s18_cdt_sweden", 2619, 32, 5204, OURS},
     {"s19_cdt154_2_loop", 8, 5, 9, OURS},
-    {"s21_cgal4405", 5, 4, 4, EXTRA},
-    {"s23_cgal5080", 7, 5, 7, EXTRA},
-    {"s26_cgal781_tiny_edge", 10, 10, 8, EXTRA},
-    {"s27_cgal_single_triangle_refine", 3, 3, 1, EXTRA},
-    {"s29_spade_precision2", 6, 4, 6, OURS},
+    {"s21_cgal4405", 5, 4, 4, EXTRA, CROSSINGS},
+    {"s23_cgal5080", 7, 5, 7, EXTRA, CROSSINGS},
+    {"s26_cgal781_tiny_edge", 10, 10, 8, EXTRA, RING},
+    {"s27_cgal_single_triangle_refine", 3, 3, 1, EXTRA, RING},
+    {"s29_spade_precision2", 6, 4, 6, OURS, CROSSINGS},
     {"s32_spade107", 7, 3, 9, OURS},
-    {"s33_p2t_monkey", 1204, 60, 2346, OURS},
+    {"s33_p2t_monkey", 1204, 60, 2346, OURS, RING},
     {"s35_p2t34_square_1e14", 12, 4, 18, OURS},
-    {"s38_p2t_greenm18_touch", 8, 4, 10, OURS},
+    {"s38_p2t_greenm18_touch", 8, 4, 10, OURS, RING | CROSSINGS},
     {"s39_earcut_selftangent4", 2582, 55, 5107, OURS},
     {"s42_earcut_1e28", 4, 3, 3, OURS},
-    {"s43_geos1046_lines", 219, 10, 426, EXTRA},
-    {"s46_geos488", 111, 16, 204, EXTRA},
-    {"s47_trianglenet1", 5, 4, 4, OURS},
-    {"s49_triangle_dupvertex", 4, 4, 2, OURS},
+    {"s43_geos1046_lines", 219, 10, 426, EXTRA, CROSSINGS},
+    {"s46_geos488", 111, 16, 204, EXTRA, CROSSINGS},
+    {"s47_trianglenet1", 5, 4, 4, OURS, CROSSINGS},
+    {"s49_triangle_dupvertex", 4, 4, 2, OURS, RING},
     {"g02_underflow_mixed", 101, 24, 176, OURS},
-    {"g03_micro_lattice_1e-7", 24, 24, 22, OURS},
-    {"g05_spiral_ring", 1800, 51, 3547, OURS},
+    {"g03_micro_lattice_1e-7", 24, 24, 22, OURS, CROSSINGS},
+    {"g05_spiral_ring", 1800, 51, 3547, OURS, RING},
     {"g07_fan720", 721, 103, 1337, OURS},
 };
 
-/// The points of both files of an entry; a line of segments is two points.
-std::vector<Point2> read(const std::string& folder, const std::string& name) {
+/// The points of one file of an entry; a line of segments is two points. None if the entry has no such file.
+std::vector<Point2> read(const std::string& folder, const std::string& name, const char* extension) {
     std::vector<Point2> points;
-    for (const char* extension : {".xy", ".seg"}) {
-        std::ifstream file(folder + "/" + name + extension);
-        // strtod takes denormal numbers, which streams refuse.
-        std::string x, y;
-        while (file >> x >> y)
-            points.emplace_back(std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr));
-    }
+    std::ifstream file(folder + "/" + name + extension);
+    // strtod takes denormal numbers, which streams refuse.
+    std::string x, y;
+    while (file >> x >> y)
+        points.emplace_back(std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr));
     return points;
+}
+
+/// Calls `check` with each entry, its free points and its segments' ends.
+template <class Check>
+void forEachEntry(Check check) {
+    const char* const extraFolder = std::getenv("NORVIK2D_EXTRA_CORPUS");
+    for (const Entry& entry : entries) {
+        SCOPED_TRACE(entry.name);
+        if (entry.home == EXTRA && extraFolder == nullptr) {
+            std::cout << "passed over, as NORVIK2D_EXTRA_CORPUS is unset: " << entry.name << std::endl;
+            continue;
+        }
+        const std::string folder = entry.home == OURS ? NORVIK2D_TEST_CORPUS_DIR : extraFolder;
+        check(entry, read(folder, entry.name, ".xy"), read(folder, entry.name, ".seg"));
+    }
 }
 
 void expectFacts(Norvik_2D& mesh, const Entry& entry) {
@@ -88,15 +107,8 @@ void expectFacts(Norvik_2D& mesh, const Entry& entry) {
 }  // namespace
 
 TEST(Corpus, FactsOfEachEntryHoldOneAtATimeAndOnAnyNumberOfThreads) {
-    const char* const extraFolder = std::getenv("NORVIK2D_EXTRA_CORPUS");
-    for (const Entry& entry : entries) {
-        SCOPED_TRACE(entry.name);
-        if (entry.home == EXTRA && extraFolder == nullptr) {
-            std::cout << "passed over, as NORVIK2D_EXTRA_CORPUS is unset: " << entry.name << std::endl;
-            continue;
-        }
-        const std::vector<Point2> points =
-            read(entry.home == OURS ? NORVIK2D_TEST_CORPUS_DIR : extraFolder, entry.name);
+    forEachEntry([](const Entry& entry, std::vector<Point2> points, const std::vector<Point2>& ends) {
+        points.insert(points.end(), ends.begin(), ends.end());
         ASSERT_GE(points.size(), entry.numPoints) << "the file is missing or short";
         Norvik_2D single;
         insertEach(single, points);
@@ -115,5 +127,25 @@ TEST(Corpus, FactsOfEachEntryHoldOneAtATimeAndOnAnyNumberOfThreads) {
         EXPECT_EQ(lawsBroken(single), "");
         single.insert(points);
         expectFacts(single, entry);
-    }
+    });
+}
+
+TEST(Corpus, SegmentsBecomeEdgesAndAddVerticesAtCrossingsOnly) {
+    forEachEntry([](const Entry& entry, const std::vector<Point2>& points, const std::vector<Point2>& ends) {
+        if (ends.empty()) return;
+        std::vector<Segment2> segments;
+        for (std::size_t i = 0; i + 1 < ends.size(); i += 2) segments.emplace_back(ends[i], ends[i + 1]);
+        for (const bool bReversed : {false, true}) {
+            if (bReversed) std::reverse(segments.begin(), segments.end());
+            Norvik_2D mesh;
+            Demands demands(mesh);
+            mesh.insert(points);
+            CaptureOutput output;
+            const ConstraintGraph2* const pGraph = demands.create(segments, CIS_CONSTRAINED_DELAUNAY);
+            EXPECT_EQ(demands.check(), "");
+            EXPECT_EQ(pGraph->isPolygon(), (entry.special & RING) != 0);
+            EXPECT_TRUE(mesh.checkValidity(true, entry.name)) << output.out();
+            if ((entry.special & CROSSINGS) == 0) expectFacts(mesh, entry);
+        }
+    });
 }

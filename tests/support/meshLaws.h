@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -20,7 +21,10 @@ public:
     /// `Mesh` is a Norvik_2D or a Dt2.
     template <class Mesh>
     explicit MeshLaws(Mesh& mesh)
-        : bIs2D(mesh.is2D()), numPoints(mesh.numberOfPoints()), numTriangles(mesh.numberOfTriangles()) {
+        : bIs2D(mesh.is2D()),
+          numPoints(mesh.numberOfPoints()),
+          numTriangles(mesh.numberOfTriangles()),
+          isWall([&mesh](Triangle2* pT, int edge) { return mesh.isConstraint(pT, edge); }) {
         mesh.getVertexPointers(vVertices);
         mesh.getTrianglePointers(vTriangles);
         if (bIs2D) mesh.getConvexHull(true, vHullTold);
@@ -46,7 +50,7 @@ public:
         return faults.str();
     }
 
-    /// Inner edges with exactly cocircular triangles, after a check: with none the mesh is the only one of its points.
+    /// Inner edges, but constraints, with exactly cocircular triangles, after a check: with none the mesh is the only one of its points.
     std::size_t getNumCocircular() const { return numCocircular; }
 
 private:
@@ -163,7 +167,7 @@ private:
     }
 
     void checkCircles() {
-        for (const Triangle2* pT : vTriangles) {
+        for (Triangle2* pT : vTriangles) {
             for (int i = 0; i < 3; ++i) {
                 const Triangle2* pU = pT->getOppositeTriangle(i);
                 if (pU == nullptr || std::less<>()(pU, pT)) continue;
@@ -172,7 +176,8 @@ private:
                 int sign = exactSigns::fastInCircleSign(*a, *b, *c, *pFar);
                 if (sign == exactSigns::unsure)
                     sign = exactSigns::inCircle(exact(a), exact(b), exact(c), exact(pFar));
-                expect(sign <= 0, "circumcircles are empty", pFar);
+                if (sign < 0 || isWall(pT, i)) continue;
+                expect(sign == 0, "circumcircles are empty", pFar);
                 if (sign == 0) ++numCocircular;
             }
         }
@@ -180,6 +185,7 @@ private:
 
     bool bIs2D;
     std::size_t numPoints, numTriangles;
+    std::function<bool(Triangle2*, int)> isWall;
     std::vector<Point2*> vVertices, vHullTold;
     std::vector<Triangle2*> vTriangles;
     std::vector<const Point2*> vSorted;
