@@ -181,7 +181,7 @@ public:
     // Dt2_constraints.cpp
 
     /// Makes constraints of segments, whose ends are inserted. Null, with a warning, for no segments and for coordinates that
-    /// aren't finite; null too if all segments that count are degenerate.
+    /// aren't finite. If all segments are degenerate the graph is empty.
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
                                        ConstraintInsertionStrategy cis, bool bOrientedSegments);
     ConstraintGraph2* createConstraint(const std::vector<Edge2*>& vEdges, ConstraintInsertionStrategy cis);

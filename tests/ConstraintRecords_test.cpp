@@ -143,10 +143,6 @@ TEST(ConstraintSegment2, PointsThatDivideBecomeVerticesBetweenEdges) {
             EXPECT_EQ(pPiece->getCIS(), constrained);
             EXPECT_EQ(pPiece->getAdjacentArea(), std::numeric_limits<double>::max());
         }
-        std::vector<Point2*> vVertices;
-        square.mesh.getVertexPointers(vVertices);
-        std::vector<Triangle2*> vAround;
-        square.mesh.getIncidentTriangles(pSplit, vAround);
         EXPECT_EQ(lawsBroken(square.mesh), "") << point;
         EXPECT_TRUE(square.mesh.checkValidity(true, "divided"));
         EXPECT_EQ(pRecord->getAdjacentArea(), 7.0);
