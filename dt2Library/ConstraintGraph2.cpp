@@ -30,7 +30,7 @@ Point2* lowerEnd(const ConstraintSegment2* pSegment) {
 }
 
 bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
-    return pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx;
+    return pSegment != nullptr && (pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx);
 }
 
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
@@ -224,9 +224,8 @@ void ConstraintGraph2::getDirectChildren(const ConstraintSegment2* pSegment, Con
     const auto [pSrc, pTrg] = directedEnds(pSegment);
     Point2* pSplit;
     pSegment->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
-    if (pChild1 != nullptr && touches(pChild1, pSrc)) std::swap(pChild0, pChild1);
-    require(pChild0 != nullptr && touches(pChild0, pSrc),
-            "pChild0->getSrc()==pSrc || pChild0->getTrg()==pSrc");
+    if (touches(pChild1, pSrc)) std::swap(pChild0, pChild1);
+    require(touches(pChild0, pSrc), "pChild0->getSrc()==pSrc || pChild0->getTrg()==pSrc");
     require(touches(pChild1, pTrg), "pChild1->getSrc()==pTrg || pChild1->getTrg()==pTrg");
 }
 
@@ -273,6 +272,7 @@ void ConstraintGraph2::updateSplittedConstraintSegment(ConstraintSegment2* pPare
 /// A client's own record of the same ends counts as the triangulation's.
 ConstraintSegment2::Role::Direction ConstraintGraph2::findDirection(
     const ConstraintSegment2* pSegment) const {
+    if (pSegment == nullptr) return ConstraintSegment2::Role::UNKNOWN;
     const ConstraintSegment2::Role* pRole = pSegment->findRole(this);
     if (pRole == nullptr) {
         const ConstraintSegment2* const pOwn =
@@ -283,7 +283,7 @@ ConstraintSegment2::Role::Direction ConstraintGraph2::findDirection(
 }
 
 bool ConstraintGraph2::dbg_hasDirection(const ConstraintSegment2* pSegment) const {
-    return pSegment != nullptr && findDirection(pSegment) != ConstraintSegment2::Role::UNKNOWN;
+    return findDirection(pSegment) != ConstraintSegment2::Role::UNKNOWN;
 }
 
 bool ConstraintGraph2::isConstraint(const ConstraintSegment2* pSegment) const {

@@ -66,7 +66,7 @@ namespace {
 struct Beginning {
     enum Kind { EDGE, VERTEX, TRIANGLE } kind = EDGE;
     Triangle2* pT = nullptr;
-    Point2* pVtx = nullptr;
+    Point2* pVtx = nullptr;  ///< of a VERTEX, else null
 };
 
 /// Looks for the beginning of a segment by turning around its source.
@@ -277,7 +277,7 @@ Point2* Dt2::newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS)
     }
     const Beginning beginning = beginningOf(predicates, s, t);
     if (beginning.kind == Beginning::EDGE) return nullptr;
-    if (beginning.kind == Beginning::VERTEX) {
+    if (beginning.pVtx != nullptr) {
         // As part of a constraint it isn't refinement's to remove any more.
         innerVtxMgr.eraseVtx(beginning.pVtx);
         return beginning.pVtx;
@@ -434,7 +434,7 @@ void Dt2::insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg) {
     Point2* const t = pCSeg->getTrg();
     const Beginning beginning = beginningOf(predicates, s, t);
     if (beginning.kind == Beginning::EDGE) return;
-    if (beginning.kind == Beginning::VERTEX && hasOnCollinearPoint(*s, *t, *beginning.pVtx)) {
+    if (beginning.pVtx != nullptr && hasOnCollinearPoint(*s, *t, *beginning.pVtx)) {
         pCSeg->split_combinatorialOnly(beginning.pVtx);
         return;
     }
