@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -35,10 +36,10 @@ bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
 
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
-int sideOf(const ConstraintSegment2* pSegment, const Point2* pEnd) {
+std::size_t sideOf(const ConstraintSegment2* pSegment, const Point2* pEnd) {
     return pSegment->getSrc() == pEnd ? 0 : 1;
 }
-Point2* endOf(const ConstraintSegment2* pSegment, int side) {
+Point2* endOf(const ConstraintSegment2* pSegment, std::size_t side) {
     return side == 0 ? pSegment->getSrc() : pSegment->getTrg();
 }
 
@@ -162,7 +163,7 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     const Point2* pTail = pStart;
     for (;;) {
         ConstraintSegment2* const pCurrent = parents[current];
-        const int headSide = 1 - sideOf(pCurrent, pTail);
+        const std::size_t headSide = 1 - sideOf(pCurrent, pTail);
         vCSegParents.push_back(pCurrent);
         setDirection(pCurrent, headSide == 0);
         pTail = endOf(pCurrent, headSide);

@@ -251,8 +251,8 @@ TEST(ConstraintGraph2, OneRingIsAPolygonWhateverItsOrderAndDirections) {
             Records vSides;
             pGraph->getOriginalConstraintSegments(vSides);
             for (std::size_t i = 0; i < ring.size(); ++i) {
-                const auto corner = [&](std::size_t k) {
-                    return handles[static_cast<std::size_t>(ring[k % ring.size()])];
+                const auto corner = [&, &rRing = ring](std::size_t k) {
+                    return handles[static_cast<std::size_t>(rRing[k % rRing.size()])];
                 };
                 EXPECT_EQ(VertexPair2(vSides[i]->getSrc(), vSides[i]->getTrg()),
                           VertexPair2(corner(i), corner(i + 1)));
