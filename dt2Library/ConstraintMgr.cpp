@@ -1,11 +1,12 @@
 #include "ConstraintMgr.h"
 
 #include <algorithm>
+#include <bit>
 #include <fstream>
 #include <iomanip>
+#include <iterator>
 #include <limits>
 #include <locale>
-#include <map>
 #include <new>
 
 #include "Dt2.h"
