@@ -4,11 +4,15 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "FlatTable.h"
+#include "Norvik_2D.h"
 #include "Vector2.h"
 #include "diagnostics.h"
+#include "freeFunctions.h"
 #include "geometryTools.h"
 #include "require.h"
 #include "roundingMode.h"
+#include "triangleLinks.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -42,6 +46,60 @@ double randomLength(double maxLength) {
             return maxLength;
     }
 }
+
+/// A region of a triangulation that grows by one vertex, and thus by one border edge, at a time: so it never touches itself.
+class GrowingRegion {
+public:
+    GrowingRegion(double min, double max) : minX(min), maxX(max), minY(0.98 * min), maxY(0.98 * max) {}
+
+    /// Begins with any triangle, and grows until the border has that many edges. False if that isn't possible.
+    bool grow(const std::vector<Triangle2*>& vMesh, std::size_t numSegments) {
+        if (vMesh.empty()) return false;
+        add(vMesh[static_cast<std::size_t>(std::rand()) % vMesh.size()]);
+        while (numBorders() < numSegments) {
+            if (vStack.empty()) return false;
+            const Triangle2* const pT = vStack.back();
+            vStack.pop_back();
+            // A neighbour off the band ends this triangle's turn: a seed's polygon rests on that.
+            bool bOffBand = false;
+            for (int i = 0; i < 3 && numBorders() < numSegments; ++i) {
+                Triangle2* const pNeighbour = neighbour(pT, i);
+                if (pNeighbour == nullptr || isAtHull(pNeighbour)) continue;
+                bOffBand = bOffBand || isOffBand(pNeighbour);
+                if (!bOffBand && hasNewCorner(pNeighbour)) add(pNeighbour);
+            }
+        }
+        return true;
+    }
+    const std::vector<Triangle2*>& getTriangles() const noexcept { return vTriangles; }
+
+private:
+    std::size_t numBorders() const noexcept { return vTriangles.size() + 2; }
+
+    static bool isAtHull(const Triangle2* pT) {
+        return neighbour(pT, 0) == nullptr || neighbour(pT, 1) == nullptr || neighbour(pT, 2) == nullptr;
+    }
+    bool isOffBand(const Triangle2* pT) const {
+        for (int i = 0; i < 3; ++i) {
+            const Point2* const pVtx = corner(pT, i);
+            if (pVtx->x() < minX || pVtx->x() > maxX || pVtx->y() < minY || pVtx->y() > maxY) return true;
+        }
+        return false;
+    }
+    bool hasNewCorner(const Triangle2* pT) const {
+        return !sVertices.contains(corner(pT, 0)) || !sVertices.contains(corner(pT, 1)) ||
+               !sVertices.contains(corner(pT, 2));
+    }
+    void add(Triangle2* pT) {
+        vTriangles.push_back(pT);
+        vStack.push_back(pT);
+        for (int i = 0; i < 3; ++i) *sVertices.insert(corner(pT, i)).first = corner(pT, i);
+    }
+
+    double minX, maxX, minY, maxY;
+    std::vector<Triangle2*> vTriangles, vStack;
+    FlatTable<const Point2*> sVertices;
+};
 
 }  // namespace
 
@@ -82,6 +140,37 @@ void generateRandomSegments(std::size_t n, double min, double max, double maxLen
         if (direction.length() == 0.0) continue;
         const double length = randomLength(maxLength);
         segments.emplace_back(src, src + normalize(direction) * length);
+    }
+}
+
+void generateRandomPolygon(std::size_t numSegments, double min, double max, std::vector<Segment2>& segments,
+                           unsigned seed) {
+    RoundToNearest nearest;
+    require(numSegments > 2, "numSegments>2");
+    require(min < max, "min<max");
+    require(max - min > 0, "range>0");
+    segments.clear();
+    const double low = max - 1.02 * (max - min), high = min + 1.02 * (max - min);
+    // So written that a range without a finite size is refused too. A single triangle needs no band.
+    const bool bBandIsMet = 0.98 * max > low && 0.98 * min < high && high - low < HUGE_VAL;
+    if (!bBandIsMet && numSegments > 3) {
+        warning("generateRandomPolygon()", "no vertices can lie in the range, nothing done");
+        return;
+    }
+
+    for (unsigned numAttempts = 0;; ++numAttempts) {
+        std::vector<Point2> points;
+        generateRandomPoints(4 * numSegments + std::size_t{50} * numAttempts, low, high, points,
+                             seed + numAttempts);
+        Norvik_2D mesh;
+        mesh.insert(points);
+        std::vector<Triangle2*> vMesh;
+        mesh.getTrianglePointers(vMesh);
+        GrowingRegion region(min, max);
+        if (!region.grow(vMesh, numSegments)) continue;
+        getBorders(region.getTriangles(), segments);
+        sortRing(segments);
+        return;
     }
 }
 

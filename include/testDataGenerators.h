@@ -25,6 +25,13 @@ NORVIK2D_EXPORT void generateRandomPoints(std::size_t n, double min, double max,
 NORVIK2D_EXPORT void generateRandomSegments(std::size_t n, double min, double max, double maxLength,
                                             std::vector<Segment2>& segments, unsigned seed);
 
+/// Replaces `segments` by a simple polygon of that many segments (at least three, by assertion) in walking order, with its
+/// inside on the left: the border of a region grown in a random triangulation. Its x lies in [min, max], its y between 0.98
+/// of these, but for up to three vertices that may lie 2 percent of the range outside; where such a band doesn't meet the
+/// random points, as in 100 to 101, a warning, and `segments` is empty.
+NORVIK2D_EXPORT void generateRandomPolygon(std::size_t numSegments, double min, double max,
+                                           std::vector<Segment2>& segments, unsigned seed);
+
 /// Appends the points of an axis-parallel ellipse counterclockwise from (x + radiusX, y). No points give a
 /// warning.
 NORVIK2D_EXPORT void generateCircle(int numPoints, double x, double y, double radiusX, double radiusY,
