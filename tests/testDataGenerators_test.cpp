@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "NorvikException.h"
 #include "captureOutput.h"
+#include "freeFunctions.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -66,12 +68,43 @@ TEST(TestDataGenerators, SineIsAChain) {
     EXPECT_EQ(chain[4].getSrc().y(), 0.0);  // rounded dust becomes 0
 }
 
+TEST(TestDataGenerators, PolygonsAreSimple) {
+    for (const std::size_t n : {3U, 4U, 5U, 10U, 100U, 500U, 2000U})
+        for (unsigned seed = 1; seed <= 200; ++seed) {
+            std::vector<Segment2> polygon(1);
+            generateRandomPolygon(n, -20, 50, polygon, seed);
+            ASSERT_EQ(polygon.size(), n);
+            for (std::size_t i = 0; i < n; ++i) {
+                const Point2 src = polygon[i].getSrc();
+                EXPECT_EQ(src, polygon[(i + n - 1) % n].getTrg());
+                // Less than 2 percent of 70 off the range.
+                EXPECT_TRUE(src.x() > -21.4 && src.x() < 51.4 && src.y() > -21.4 && src.y() < 51.4);
+            }
+            ASSERT_TRUE(isSimplePolygon(polygon)) << n << " segments, seed " << seed;
+        }
+}
+
+TEST(TestDataGenerators, RangesThatNoPolygonFitsIntoAreTold) {
+    constexpr double huge = 1.5e308;
+    for (const auto& [min, max] : {std::pair(100.0, 101.0), {-101.0, -100.0}, {-huge, huge}}) {
+        CaptureOutput output;
+        std::vector<Segment2> polygon(1);
+        generateRandomPolygon(10, min, max, polygon, 1);
+        EXPECT_TRUE(polygon.empty());
+        EXPECT_TRUE(output.told("generateRandomPolygon(), WARNING: ")) << output.out();
+    }
+    std::vector<Segment2> polygon;
+    generateRandomPolygon(3, 100, 101, polygon, 1);  // a single triangle may lie anywhere
+    EXPECT_EQ(polygon.size(), 3U);
+}
+
 TEST(TestDataGenerators, BadArgumentsFailTheirAssertions) {
     std::vector<Point2> points;
     std::vector<Segment2> segments;
     CaptureOutput output;
     EXPECT_THROW(generateRandomPoints(1, 2, 2, points, 1), NorvikException);
     EXPECT_THROW(generateRandomSegments(1, 0, 1, 0, segments, 1), NorvikException);
+    EXPECT_THROW(generateRandomPolygon(2, 0, 1, segments, 1), NorvikException);
     EXPECT_THROW(generateSineSegments(0, 1, 0, 0, 1, 1, false, segments), NorvikException);
     EXPECT_TRUE(output.told("[ min<max failed ]") && output.told("[ maxLength>0 failed ]") &&
                 output.told("[ numSegments>0 failed ]"));
