@@ -5,8 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "AddressSet.h"
 #include "ConstraintGraph2.h"
-#include "FlatTable.h"
 #include "Norvik_2D.h"
 #include "Vector2.h"
 #include "byAddress.h"
@@ -167,6 +167,17 @@ namespace {
 
 VertexPair2 pairOf(const Triangle2* pT, int edge) { return {corner(pT, ccw(edge)), corner(pT, cw(edge))}; }
 
+/// Visits the edges of a set of triangles, those between two of them once.
+template <class Visit>
+void visitUndirectedEdges(const std::vector<Triangle2*>& vTriangles, Visit visit) {
+    const TriangleSet sTriangles(vTriangles);
+    for (Triangle2* pT : vTriangles)
+        for (int edge = 0; edge < 3; ++edge) {
+            const Triangle2* const pNeighbour = neighbour(pT, edge);
+            if (!ByAddress{}(pNeighbour, pT) || !sTriangles.contains(pNeighbour)) visit(pT, edge);
+        }
+}
+
 }  // namespace
 
 void getDirectedEdges(const std::vector<Triangle2*>& vTriangles, std::vector<Edge2>& out) {
@@ -176,11 +187,12 @@ void getDirectedEdges(const std::vector<Triangle2*>& vTriangles, std::vector<Edg
 }
 
 void getUndirectedEdges(const std::vector<Triangle2*>& vTriangles, std::vector<Edge2>& out) {
-    getDirectedEdges(vTriangles, out);
     // Sorted with the ends at hand, which are far away in the mesh.
     std::vector<std::pair<VertexPair2, Edge2>> vEdges;
-    vEdges.reserve(out.size());
+    vEdges.reserve(out.size() + 2 * vTriangles.size());
     for (const Edge2& edge : out) vEdges.emplace_back(VertexPair2(edge.getSrc(), edge.getTrg()), edge);
+    visitUndirectedEdges(
+        vTriangles, [&](Triangle2* pT, int edge) { vEdges.emplace_back(pairOf(pT, edge), Edge2(pT, edge)); });
     std::sort(vEdges.begin(), vEdges.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     out.clear();
     for (std::size_t i = 0; i < vEdges.size(); ++i)
@@ -188,16 +200,16 @@ void getUndirectedEdges(const std::vector<Triangle2*>& vTriangles, std::vector<E
 }
 
 void getVertices(const std::vector<Triangle2*>& vTriangles, std::vector<Point2*>& out) {
-    out.reserve(out.size() + 3 * vTriangles.size());
+    VertexSet sVertices;
     for (const Triangle2* pT : vTriangles)
-        for (int i = 0; i < 3; ++i) out.push_back(corner(pT, i));
+        for (int i = 0; i < 3; ++i)
+            if (sVertices.insert(corner(pT, i))) out.push_back(corner(pT, i));
     oneInstance(out);
 }
 
 void getVertexPairs(const std::vector<Triangle2*>& vTriangles, std::vector<VertexPair2>& out) {
-    out.reserve(out.size() + 3 * vTriangles.size());
-    for (const Triangle2* pT : vTriangles)
-        for (int edge = 0; edge < 3; ++edge) out.push_back(pairOf(pT, edge));
+    out.reserve(out.size() + 2 * vTriangles.size());
+    visitUndirectedEdges(vTriangles, [&](const Triangle2* pT, int edge) { out.push_back(pairOf(pT, edge)); });
     oneInstance(out);
 }
 
@@ -213,43 +225,13 @@ void getVertexPairs(Norvik_2D* pNorvik, std::vector<VertexPair2>& out) {
 
 // ------------------------------------------------------------------------------------------------ components
 
-namespace {
-
-struct WaitingTriangle {
-    const Triangle2* pT = nullptr;
-    bool bWaits = false;
-};
-struct TriangleOf {
-    const Triangle2* operator()(const WaitingTriangle& waiting) const { return waiting.pT; }
-};
-
-/// Triangles that are in no component yet.
-class WaitingTriangles {
-public:
-    explicit WaitingTriangles(const std::vector<Triangle2*>& vTriangles) {
-        table.reserve(vTriangles.size());
-        for (const Triangle2* pT : vTriangles) *table.insert(pT).first = {pT, true};
-    }
-
-    /// False if the triangle isn't there, or was taken before.
-    bool take(const Triangle2* pT) {
-        WaitingTriangle* const pEntry = table.find(pT);
-        return pEntry != nullptr && std::exchange(pEntry->bWaits, false);
-    }
-
-private:
-    FlatTable<WaitingTriangle, AddressHash, TriangleOf> table;
-};
-
-}  // namespace
-
 void getConnectedComponents(std::vector<Triangle2*> vTriangles, std::vector<std::vector<Triangle2*>>& out,
                             const std::set<VertexPair2>& sBlocked) {
     std::sort(vTriangles.begin(), vTriangles.end(), ByAddress{});
-    WaitingTriangles waiting(vTriangles);
+    TriangleSet sLeft(vTriangles);
     std::vector<Triangle2*> vStack;
     for (Triangle2* pFirst : vTriangles) {
-        if (!waiting.take(pFirst)) continue;
+        if (!sLeft.erase(pFirst)) continue;
         std::vector<Triangle2*>& vComponent = out.emplace_back();
         vStack.assign(1, pFirst);
         while (!vStack.empty()) {
@@ -260,7 +242,7 @@ void getConnectedComponents(std::vector<Triangle2*> vTriangles, std::vector<std:
                 Triangle2* const pNeighbour = neighbour(pT, edge);
                 if (pNeighbour == nullptr) continue;
                 if (!sBlocked.empty() && sBlocked.count(pairOf(pT, edge)) != 0) continue;
-                if (waiting.take(pNeighbour)) vStack.push_back(pNeighbour);
+                if (sLeft.erase(pNeighbour)) vStack.push_back(pNeighbour);
             }
         }
     }

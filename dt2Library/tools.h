@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "AddressSet.h"
 #include "Edge2.h"
-#include "FlatTable.h"
 #include "Point2.h"
 #include "Segment2.h"
 #include "Triangle2.h"
@@ -17,19 +17,6 @@ class KelmarTest;
 
 /// The middle of an edge, or a point a few last places away that isn't inside of the triangle, if there is one.
 Point2 getOuterSplitPoint(const Triangle2* pT, int edge, KelmarTest* pPredicates);
-
-/// Triangles to be asked whether a triangle is among them. Where there is no triangle, null, is outside.
-class TriangleSet {
-public:
-    explicit TriangleSet(const std::vector<Triangle2*>& vTriangles) {
-        sTriangles.reserve(vTriangles.size());
-        for (const Triangle2* pT : vTriangles) *sTriangles.insert(pT).first = pT;
-    }
-    bool contains(const Triangle2* pT) const noexcept { return pT != nullptr && sTriangles.contains(pT); }
-
-private:
-    FlatTable<const Triangle2*> sTriangles;
-};
 
 /// Visits the edges that a set of triangles has on its outside, as triangle and index: in the order of the triangles given,
 /// those of each by index.
