@@ -151,7 +151,7 @@ bool ConstraintSegment2::split_combinatorialOnly(Point2* pSplit) {
 
 Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     RoundToNearest nearest;
-    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+    if (!isFinite(point)) {
         warning("Dt2::insertAndSplit()", "non-finite coordinates, nothing done");
         return nullptr;
     }

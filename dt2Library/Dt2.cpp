@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "diagnostics.h"
+#include "distance.h"
 #include "hotLoop.h"
 #include "require.h"
 #include "walk.h"
@@ -95,7 +96,7 @@ NORVIK2D_HOT_LOOP void Dt2::legaliseInRounds(const Point2* pVtx) {
 // ---------------------------------------------------------------------------------- insertion of one point
 
 Point2* Dt2::insert(const Point2& point) {
-    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+    if (!isFinite(point)) {
         warning("Dt2::insert()", "non-finite coordinates, nothing done");
         return nullptr;
     }

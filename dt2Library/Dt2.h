@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <span>
@@ -23,6 +24,8 @@
 #include "StarFlipper.h"
 #include "Triangle2.h"
 #include "VertexVault.h"
+#include "Zone2.h"
+#include "knives.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -32,8 +35,8 @@ class Visualizer2;
 /// destroyed.
 ///
 /// Laws:
-///  1. Between two public calls the mesh is Delaunay, but across constraints, and obeys the laws of Triangle2; its outline is
-///     convex.
+///  1. Between two public calls the mesh is Delaunay, but across constraints and where triangles had to keep their shape
+///     (bWasFrozen), and obeys the laws of Triangle2; its outline is convex.
 ///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
 ///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
 ///  4. vCheckT and vRound are empty between insertions, the other scratch lists hold leftovers. All keep their
@@ -67,6 +70,7 @@ public:
     const Bbox2& getBox() const noexcept { return box; }
     const HC2& getHC() const noexcept { return hc; }
     const SimplePool<Point2>& getVertexPool() const noexcept { return pointPool; }
+    const SimplePool<Triangle2>& getTrianglePool() const noexcept { return trianglePool; }
 
     void subscribe(MsgType type, MsgBase* pMsg) { progress.subscribe(type, pMsg); }
     void unsubscribe(MsgType type, MsgBase* pMsg) { progress.unsubscribe(type, pMsg); }
@@ -219,10 +223,55 @@ public:
     /// Not built yet: says so.
     void getCZ(const Point2& src, const Point2& trg, std::vector<Triangle2*>& out);
 
+    // Dt2_zones.cpp. Zones stay the triangulation's.
+
+    /// A zone along one side of an oriented graph; ZL_GLOBAL and the results of operations need no graph. Null, with a message,
+    /// before there are triangles and for a graph that isn't fit.
+    Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc);
+    /// ZL_INSIDE or ZL_OUTSIDE of several oriented graphs.
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc);
+    /// ZL_GROW from a seed between graphs.
+    Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, const Point2& seed);
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc,
+                      const Point2& seed);
+    /// ZL_BOUNDED to the left of edges, of which a graph is made.
+    Zone2* createZone(const std::vector<Edge2>& vEdges, ZoneLocation zoneLoc);
+    /// ZL_GROW of given triangles: walls along their border, and a seed in each component.
+    Zone2* createZone(const std::vector<Triangle2*>& vTriangles);
+    /// The result of an operation on two zones of this triangulation.
+    Zone2* createZone(ZoneLocation zoneLoc, Zone2* pOperand0, Zone2* pOperand1);
+    Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints);
+    void deleteZone(Zone2* pZone);
+    /// Appends, for each seed, the triangles that can be reached from it without crossing the graphs, ordered by address.
+    /// Nothing for a seed that isn't strictly inside the hull.
+    void growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std::vector<Point2>& vSeeds,
+                      std::vector<Triangle2*>& out) const;
+
+    // Dt2_cat_cutt.cpp: knives
+
+    /// Makes chains of constraints of the knives. Appends their pieces knife by knife, each from the end of lower address.
+    void CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints,
+                           std::vector<ConstraintSegment2*>& vPieces);
+    /// Finds what a knife meets: enters it into the knife and into the edges.
+    void CUTT_getIntersections(CUTT_KnifeStruct& knife, CUTT_IntersectedEdges& mIntersectedEdges);
+    /// Makes the edges of all triangles constraints whose circumcircles hold one of the points.
+    void CUTT_turnConflictZoneIntoConstraints(const std::vector<Point2>& vPoints);
+    /// Finds the vertex that stands for a crossing, a new one unless there is one close by.
+    void CUTT_roundAndInsertIsp(const Point2& isp, CUTT_RoundedPoints& mRoundedPoints);
+    /// Makes constraints along the straight line between two vertices and those on it; the vertices in their order are appended
+    /// to `vSorted`.
+    void CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vector<Point2*>& vInner,
+                                       std::vector<Point2*>& vSorted);
+
     // Dt2_output.cpp
 
     void show(const std::string& fileName, bool bWithConstraints);
     void show(Visualizer2* pVisualizer, bool bWithConstraints);
+
+    // meshExport.cpp
+
+    /// The triangles of a zone, or of the whole mesh for null, as a Wavefront OBJ file.
+    void writeObj(const std::string& fileName, const Zone2* pZone) const;
 
 private:
     // Dt2.cpp
@@ -234,6 +283,7 @@ private:
     void attachToHull(Point2* pVtx);
     void legaliseInRounds(const Point2* pVtx);
     Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
+    void coverByPredicates(const Point2& point);
     bool sees(const Point2* pVtx, const Side& side);
 
     // Dt2_constraints.cpp
@@ -242,6 +292,22 @@ private:
     void rebuildConflictZone();
     void establish(ConstraintSegment2* pInitialCSeg);
     bool isTooShortToHalve(const Point2& a, const Point2& b) const;
+
+    // Dt2_zones.cpp
+    Zone2* keep(std::unique_ptr<Zone2> pZone);
+    bool isFitForZone(const ConstraintGraph2* pGraph) const;
+    bool areFitForZone(const std::vector<Triangle2*>& vTriangles) const;
+    bool findSeedAndBorder(const std::vector<Triangle2*>& vComponent, Point2& seed,
+                           std::vector<Segment2>& vBorder);
+
+    // Dt2_cat_cutt.cpp
+    void protectShape(const std::vector<CUTT_KnifeStruct>& vKnives,
+                      const CUTT_IntersectedEdges& mIntersectedEdges);
+    void makeConstraintsOf(std::vector<VertexPair2>& vEdges);
+    bool meets(const VertexPair2& edge, const Point2& a, const Point2& b, CUTT_KnifeStruct& knife,
+               CUTT_IntersectedEdges& mIntersectedEdges);
+    bool divideAt(ConstraintSegment2* pCSeg, const std::vector<Point2*>& vSplits, Point2* pEnd);
+    void appendAlivePieces(Point2* p, Point2* q, std::vector<ConstraintSegment2*>& vPieces) const;
 
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);
@@ -284,10 +350,12 @@ private:
     std::vector<Triangle2*> recycledTriangles;  ///< dead triangles for reuse, a stack
     bool bMultithreadingEnabled = false;
     std::string name;
-    bool bNoFlips = false;  ///< knife cutting keeps the mesh in shape
+    bool bNoFlips = false;    ///< knife cutting keeps the mesh in shape
+    bool bWasFrozen = false;  ///< and leaves one that needn't be Delaunay where it has cut
     Progress progress;
     ConstraintMgr constraintMgr{this};
     InnerVtxMgr innerVtxMgr;
+    std::map<const Zone2*, std::unique_ptr<Zone2>> sZones;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run
 

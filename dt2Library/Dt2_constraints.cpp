@@ -19,9 +19,6 @@ ConstraintGraph2* Dt2::createConstraint(const std::vector<Segment2>& vSegments,
         warning("Dt2::createConstraint(..)", "vSegments is empty, returning NULL");
         return nullptr;
     }
-    const auto isFinite = [](const Point2& point) {
-        return std::isfinite(point.x()) && std::isfinite(point.y());
-    };
     for (const Segment2& segment : vSegments) {
         if (isFinite(segment.getSrc()) && isFinite(segment.getTrg())) continue;
         warning("Dt2::createConstraint()", "non-finite coordinates, nothing done");

@@ -5,6 +5,7 @@
 #include "TriangleAroundVertexIterator.h"
 #include "UmbrellaWalk.h"
 #include "diagnostics.h"
+#include "distance.h"
 #include "require.h"
 #include "walk.h"
 
@@ -80,15 +81,19 @@ Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const {
     return nullptr;
 }
 
+/// Law 3 for a point that isn't in the mesh.
+void Dt2::coverByPredicates(const Point2& point) {
+    const double magnitude = std::max(std::fabs(point.x()), std::fabs(point.y()));
+    if (magnitude > predicates.getBoundMagnitude()) predicates.setStaticBound(magnitude);
+}
+
 Triangle2* Dt2::locate(const Point2& point) {
-    if (!std::isfinite(point.x()) || !std::isfinite(point.y())) {
+    if (!isFinite(point)) {
         warning("Dt2::locate()", "non-finite coordinates, nothing done");
         return nullptr;
     }
     if (!is2D()) return nullptr;
-    const double magnitude = std::max(std::fabs(point.x()), std::fabs(point.y()));
-    if (magnitude > predicates.getBoundMagnitude()) predicates.setStaticBound(magnitude);
-
+    coverByPredicates(point);
     int edge = -1;
     if (isCloseTo(pLastLocated, point)) {
         const int code = walkToConflict(predicates, &point, pLastLocated, edge);

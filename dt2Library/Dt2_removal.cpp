@@ -65,12 +65,12 @@ void Dt2::remove(Point2* pVtx) {
         restoreFlippedConstraints();
         return;
     }
-    detachSurroundings(pVtx);
+    if (!bWasFrozen) detachSurroundings(pVtx);
     reduceDegree(pVtx);
     collapseDegreeThree(pVtx);
     std::swap(vRound, vUmbrellaT);
     flipRoundsUntilDelaunay(true);
-    attachSurroundings();
+    if (!bWasFrozen) attachSurroundings();
     removedVertices.push_back(pVtx);
     vertexVault.removeAndInvalidateVtx(pVtx);
 }

@@ -102,6 +102,52 @@ ConstraintSegment2* Norvik_2D::getConstraintSegment(Point2* p0, Point2* p1) {
     return pImpl->getConstraintManager()->getAliveConstraintSegment(p0, p1);
 }
 
+namespace {
+
+Zone2* warnIfNull(Zone2* pZone, bool bVerbose) {
+    if (pZone == nullptr && bVerbose)
+        warning("Norvik_2D::createZone(..)", "No zone created, returning NULL (bVerbose==true)");
+    return pZone;
+}
+
+}  // namespace
+
+Zone2* Norvik_2D::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, bool bVerbose) {
+    return warnIfNull(pImpl->createZone(pGraph, zoneLoc), bVerbose);
+}
+
+Zone2* Norvik_2D::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, const Point2& seed,
+                             bool bVerbose) {
+    return warnIfNull(pImpl->createZone(pGraph, zoneLoc, seed), bVerbose);
+}
+
+Zone2* Norvik_2D::createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc,
+                             const Point2& seed, bool bVerbose) {
+    return warnIfNull(pImpl->createZone(vGraphs, zoneLoc, seed), bVerbose);
+}
+
+Zone2* Norvik_2D::createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose) {
+    RoundToNearest nearest;
+    return warnIfNull(pImpl->createZone(vTriangles), bVerbose);
+}
+
+Zone2* Norvik_2D::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
+    RoundToNearest nearest;
+    return pImpl->createZone_cookieCutter(vSegments, bWithConstraints);
+}
+
+void Norvik_2D::deleteZone(Zone2* pZone) { pImpl->deleteZone(pZone); }
+
+void Norvik_2D::cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
+    RoundToNearest nearest;
+    std::vector<ConstraintSegment2*> vPieces;
+    pImpl->CUTT_cutTriangles(vSegments, bWithConstraints, vPieces);
+}
+
+void Norvik_2D::cutTriangles(const Point2& p0, const Point2& p1, bool bWithConstraints) {
+    cutTriangles({Segment2(p0, p1)}, bWithConstraints);
+}
+
 Triangle2* Norvik_2D::locate(const Point2& point) {
     RoundToNearest nearest;
     return pImpl->locate(point);
@@ -158,6 +204,13 @@ void Norvik_2D::show(const std::string& fileName, bool bWithConstraints) {
 void Norvik_2D::show(Visualizer2* pVisualizer, bool bWithConstraints) {
     RoundToNearest nearest;
     pImpl->show(pVisualizer, bWithConstraints);
+}
+
+void Norvik_2D::writeObj(const std::string& fileName) { writeObj(fileName, nullptr); }
+
+void Norvik_2D::writeObj(const std::string& fileName, Zone2* pZone) {
+    RoundToNearest nearest;
+    pImpl->writeObj(fileName, pZone);
 }
 
 void Norvik_2D::subscribe(MsgType type, MsgBase* pSubscriber) {

@@ -18,8 +18,6 @@ namespace KELMAR_NORVIK2D {
 
 namespace {
 
-bool isFinite(const Point2& point) { return std::isfinite(point.x()) && std::isfinite(point.y()); }
-
 /// Whether the point lies to the right of the directed edge, decided exactly.
 bool isClockwise(const Point2* pA, const Point2* pB, const Point2& point) {
     return orientationOnThread(pA, pB, &point) == ORIENTATION2_CW;

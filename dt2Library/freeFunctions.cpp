@@ -9,6 +9,7 @@
 #include "ConstraintGraph2.h"
 #include "Norvik_2D.h"
 #include "Vector2.h"
+#include "Zone2.h"
 #include "byAddress.h"
 #include "diagnostics.h"
 #include "geometryTools.h"
@@ -295,6 +296,18 @@ void edgesToPolygons(const std::vector<Edge2>& vEdges, std::vector<std::vector<E
                      std::vector<Edge2>& vRemaining) {
     RoundToNearest nearest;
     edgesToPolygons_tools(vEdges, vPolygons, vRemaining);
+}
+
+// ------------------------------------------------------------------------------------------------ zones
+
+void getVertexPairs(Zone2* pZone, std::vector<VertexPair2>& out) {
+    if (pZone == nullptr) {
+        warning("getVertexPairs()", "pZone==NULL, nothing done");
+        return;
+    }
+    std::vector<Triangle2*> vTriangles;
+    pZone->getTriangles(vTriangles);
+    getVertexPairs(vTriangles, out);
 }
 
 }  // namespace KELMAR_NORVIK2D

@@ -20,12 +20,15 @@
 #include "Vector2.h"
 #include "VertexPair2.h"
 #include "Visualizer2.h"
+#include "Zone2.h"
 #include "diagnostics.h"
 #include "fileFunctions.h"
+#include "freeFunctions.h"
 #include "geometryTools.h"
 #include "norvikExport.h"
 #include "norvikVersion.h"
 #include "testDataGenerators.h"
+#include "zoneOperations.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -129,6 +132,44 @@ public:
     /// The alive constraint piece between two vertices, or null.
     ConstraintSegment2* getConstraintSegment(Point2* p0, Point2* p1);
 
+    // Zones
+
+    /// A zone to the left (ZL_INSIDE, ZL_BOUNDED) or to the right (ZL_OUTSIDE) of an oriented graph. ZL_GLOBAL needs no graph.
+    /// Null, with a warning, if there are no triangles, for a null graph and for one without orientation; ZL_GROW, which needs
+    /// a seed, ends in a NorvikException. `bVerbose` adds a warning to a null result, here and below.
+    ///
+    /// All zones stay the triangulation's.
+    Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, bool bVerbose = true);
+    /// A zone of kind ZL_GROW (others give a warning and null): what can be reached from the triangle around the seed without
+    /// crossing a piece of the graphs, whatever their direction. A seed outside the hull or on it reaches nothing.
+    Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, const Point2& seed,
+                      bool bVerbose = true);
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc, const Point2& seed,
+                      bool bVerbose = true);
+    /// A zone of these triangles, of kind ZL_GROW: their border becomes a constraint graph, and each of their components gets a
+    /// seed. A component of triangles all too thin for one is lost, with an error message.
+    Zone2* createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose = true);
+
+    /// Cuts a simple polygon, in any direction, out of the triangulation: a zone of kind ZL_BOUNDED of what lies inside of both the
+    /// polygon and the convex hull as it was. With `bWithConstraints` the triangles keep their shape, see cutTriangles().
+    /// Vertices of the polygon outside the hull are inserted, and the old hull becomes a constraint then. Null if the segments
+    /// are no simple polygon, when nothing is changed, or if nothing is inside.
+    Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints);
+
+    /// Destroys a zone. Its graphs, its operands and the mesh stay. A pointer that is no zone of this triangulation (any more)
+    /// gives a warning.
+    void deleteZone(Zone2* pZone);
+
+    // Cutting
+
+    /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep
+    /// their shape: edges that are crossed are split at the crossings, and edges around the cut become constraints, which
+    /// ensures that none of them moves. Otherwise the crossings are inserted as vertices like any others. Crossings within 1e-5
+    /// of a vertex fall on it. A warning, and nothing is changed, if there are no triangles or no segments with a length.
+    void cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints);
+    /// The same with one segment.
+    void cutTriangles(const Point2& p0, const Point2& p1, bool bWithConstraints);
+
     // Queries
 
     /// The triangle that contains the point; any of those that share it if it lies on an edge or vertex. Null
@@ -189,6 +230,11 @@ public:
     void show(const std::string& fileName, bool bWithConstraints = true);
     /// Adds the triangulation's edges to a plot. If there are no triangles: an error message.
     void show(Visualizer2* pVisualizer, bool bWithConstraints = true);
+
+    /// Writes the triangles of the triangulation, or of a zone, as a Wavefront OBJ file with all z 0. An error message, and no
+    /// file, if there are no triangles.
+    void writeObj(const std::string& fileName);
+    void writeObj(const std::string& fileName, Zone2* pZone);
 
     /// The subscriber hears of the progress of long operations, from 0.0 to 1.0. It isn't owned, and must
     /// stay alive until it is unsubscribed or the triangulation destroyed.

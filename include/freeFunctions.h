@@ -16,6 +16,7 @@
 namespace KELMAR_NORVIK2D {
 
 class Norvik_2D;
+class Zone2;
 
 /// Appends the edges between triangles of the set and the outside, in the order of the triangles, directed so that the set is
 /// on their left.
@@ -45,8 +46,9 @@ NORVIK2D_EXPORT void getVertices(const std::vector<Triangle2*>& vTriangles, std:
 
 /// Appends the edges of the triangles, and orders all that `out` holds then, each once.
 NORVIK2D_EXPORT void getVertexPairs(const std::vector<Triangle2*>& vTriangles, std::vector<VertexPair2>& out);
-/// The same for all triangles of a triangulation. A null pointer gives a warning, and nothing is done.
+/// The same for all triangles of a triangulation, or of a zone. A null pointer gives a warning, and nothing is done.
 NORVIK2D_EXPORT void getVertexPairs(Norvik_2D* pNorvik, std::vector<VertexPair2>& out);
+NORVIK2D_EXPORT void getVertexPairs(Zone2* pZone, std::vector<VertexPair2>& out);
 
 /// Appends the components of the set: triangles that can be reached from each other across edges that aren't in `sBlocked`. The
 /// components are ordered by their lowest address. Triangles that are named repeatedly are counted once, with a warning.

@@ -1,0 +1,243 @@
+#include <algorithm>
+#include <cmath>
+
+#include "ConstraintGraph2.h"
+#include "Dt2.h"
+#include "byAddress.h"
+#include "diagnostics.h"
+#include "distance.h"
+#include "freeFunctions.h"
+#include "geometryTools.h"
+#include "standardOutput.h"
+#include "walk.h"
+#include "zoneFlood.h"
+
+namespace KELMAR_NORVIK2D {
+
+Zone2* Dt2::keep(std::unique_ptr<Zone2> pZone) {
+    Zone2* const pKept = pZone.get();
+    sZones.emplace(pKept, std::move(pZone));
+    return pKept;
+}
+
+void Dt2::deleteZone(Zone2* pZone) {
+    if (sZones.erase(pZone) == 0) warning("Dt2::deleteZone(..)", "trying to delete a non-existing zone");
+}
+
+// ---------------------------------------------------------------------------------------- zones along graphs
+
+/// Floods stay in their own mesh.
+bool Dt2::isFitForZone(const ConstraintGraph2* pGraph) const {
+    if (pGraph == nullptr || pGraph->getDt2() == this) return true;
+    warning("Dt2::createZone()", "The constraint graph belongs to another triangulation, returning NULL");
+    return false;
+}
+
+Zone2* Dt2::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc) {
+    if (!is2D()) {
+        warning("Dt2::createZone", "called on a triangulation which has no triangles yet. Returning NULL");
+        return nullptr;
+    }
+    if (zoneLoc == ZL_GLOBAL || (zoneLoc >= ZL_RESULT_UNION && zoneLoc <= ZL_RESULT_SYM_DIFFERENCE))
+        return keep(std::make_unique<Zone2>(this, zoneLoc));
+    if (pGraph == nullptr) {
+        error("Dt::createZone()",
+              "pConstraintGraph==NULL, but zoneLoc!=ZL_GLOBAL or ZL_RESULT. Returning NULL");
+        return nullptr;
+    }
+    if (!pGraph->isOriented()) {
+        warning("Dt2::createZone()", "The constraint graph is not oriented, returning NULL");
+        return nullptr;
+    }
+    if (!isFitForZone(pGraph)) return nullptr;
+    return keep(std::make_unique<Zone2>(this, zoneLoc, pGraph));
+}
+
+Zone2* Dt2::createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc) {
+    if (zoneLoc != ZL_INSIDE && zoneLoc != ZL_OUTSIDE) {
+        error("Dt2::createZone()",
+              "This overloaded version of createZone accepts only ZL_INSIDE and ZL_OUTSIDE as zoneLocation. "
+              "Returning NULL");
+        return nullptr;
+    }
+    for (const ConstraintGraph2* pGraph : vGraphs)
+        if (!isFitForZone(pGraph)) return nullptr;
+    return keep(std::make_unique<Zone2>(this, zoneLoc, vGraphs));
+}
+
+Zone2* Dt2::createZone(const std::vector<Edge2>& vEdges, ZoneLocation zoneLoc) {
+    if (zoneLoc != ZL_BOUNDED) {
+        error(
+            "Dt2::createZone()",
+            "This overloaded version of createZone accepts only ZL_BOUNDED as zoneLocation. Returning NULL");
+        return nullptr;
+    }
+    ConstraintGraph2* const pGraph =
+        constraintMgr.createConstraint_oriented(vEdges, CIS_CONSTRAINED_DELAUNAY);
+    return keep(std::make_unique<Zone2>(this, ZL_BOUNDED, pGraph));
+}
+
+Zone2* Dt2::createZone(ZoneLocation zoneLoc, Zone2* pOperand0, Zone2* pOperand1) {
+    Zone2* const pResult = createZone(static_cast<ConstraintGraph2*>(nullptr), zoneLoc);
+    if (pResult != nullptr) pResult->vInputZones = {pOperand0, pOperand1};
+    return pResult;
+}
+
+// ---------------------------------------------------------------------------------------- zones around seeds
+
+Zone2* Dt2::createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, const Point2& seed) {
+    return createZone(std::vector<ConstraintGraph2*>{pGraph}, zoneLoc, seed);
+}
+
+Zone2* Dt2::createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc,
+                       const Point2& seed) {
+    if (zoneLoc != ZL_GROW) {
+        error("Dt2::createZone()",
+              "This overloaded version of createZone accepts only ZL_GROW as zoneLocation. Returning NULL");
+        return nullptr;
+    }
+    if (!isFinite(seed)) {
+        warning("Dt2::createZone()", "non-finite coordinates, nothing done");
+        return nullptr;
+    }
+    for (const ConstraintGraph2* pGraph : vGraphs)
+        if (!isFitForZone(pGraph)) return nullptr;
+    return keep(std::make_unique<Zone2>(this, vGraphs, zoneLoc, std::vector<Point2>{seed}));
+}
+
+void Dt2::growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std::vector<Point2>& vSeeds,
+                       std::vector<Triangle2*>& out) const {
+    if (!is2D()) return;
+    // Of its own: zones may be asked by several threads.
+    KelmarTest engine;
+    double magnitude = predicates.getBoundMagnitude();
+    for (const Point2& seed : vSeeds)
+        magnitude = std::max({magnitude, std::fabs(seed.x()), std::fabs(seed.y())});
+    engine.setStaticBound(magnitude);
+
+    const Walls walls(vGraphs);
+    TriangleMarks marks(trianglePool);
+    std::vector<Triangle2*> vStart;
+    for (const Point2& seed : vSeeds) {
+        Triangle2* pStartT = vertexVault.getCloseTriangle(hc.iReset(seed));
+        int edge = -1;
+        const int code = walkToConflict(engine, &seed, pStartT, edge);
+        if (code != LOCATE_INSIDE && code != LOCATE_DUPLICATE) continue;
+        if (pStartT == nullptr) {
+            warning("Dt2::growZoneArea()", "pStartT==NULL, no triangles");
+            continue;
+        }
+        vStart.assign(1, pStartT);
+        flood(vStart, walls, marks);
+        marks.appendTo(out);
+        marks.clear();
+    }
+}
+
+// ------------------------------------------------------------------------------------ zones of given triangles
+
+bool Dt2::areFitForZone(const std::vector<Triangle2*>& vTriangles) const {
+    for (const Triangle2* pT : vTriangles) {
+        if (pT != nullptr && trianglePool.rankOf(pT) >= 0 && !isDead(pT)) continue;
+        warning("Dt2::createZone()", "a triangle is not part of this triangulation, returning NULL");
+        return false;
+    }
+    return true;
+}
+
+Zone2* Dt2::createZone(const std::vector<Triangle2*>& vTriangles) {
+    if (!areFitForZone(vTriangles)) return nullptr;
+    std::vector<std::vector<Triangle2*>> vComponents;
+    getConnectedComponents(vTriangles, vComponents);
+    std::vector<Point2> vSeeds;
+    std::vector<Segment2> vBorder;
+    for (std::vector<Triangle2*>& vComponent : vComponents) {
+        std::sort(vComponent.begin(), vComponent.end(), ByAddress{});
+        Point2 seed;
+        if (findSeedAndBorder(vComponent, seed, vBorder)) {
+            vSeeds.push_back(seed);
+            continue;
+        }
+        warning("Dt2::createZone()", "A connected component of the zone is almost degenerate:");
+        for (const Triangle2* pT : vComponent) print(compose("Unable to handle the triangle ", *pT, "\n"));
+        error("Dt2::createZone",
+              "An almost degenerate part of the zone has no start point for zone growing!");
+    }
+    ConstraintGraph2* const pGraph = createConstraint(vBorder, CIS_CONSTRAINED_DELAUNAY, true);
+    return keep(
+        std::make_unique<Zone2>(this, std::vector<ConstraintGraph2*>{pGraph}, ZL_GROW, std::move(vSeeds)));
+}
+
+/// Appends the border of a component, which is ordered by address. Whether there is a seed: the first barycentre that lies
+/// strictly inside of its triangle.
+bool Dt2::findSeedAndBorder(const std::vector<Triangle2*>& vComponent, Point2& seed,
+                            std::vector<Segment2>& vBorder) {
+    bool bSeedFound = false;
+    for (const Triangle2* pT : vComponent) {
+        if (!bSeedFound) {
+            seed = pT->getBarycenter();
+            bSeedFound = true;
+            for (int i = 0; i < 3; ++i)
+                bSeedFound &=
+                    predicates.getOrientation2(corner(pT, i), corner(pT, ccw(i)), &seed) == ORIENTATION2_CCW;
+        }
+        for (int i = 0; i < 3; ++i) {
+            const Triangle2* const pNeighbour = neighbour(pT, i);
+            if (pNeighbour == nullptr ||
+                !std::binary_search(vComponent.begin(), vComponent.end(), pNeighbour, ByAddress{}))
+                vBorder.emplace_back(*corner(pT, ccw(i)), *corner(pT, cw(i)));
+        }
+    }
+    return bSeedFound;
+}
+
+// ------------------------------------------------------------------------------------------- the cookie cutter
+
+Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
+    if (!isSimplePolygon(vSegments)) return nullptr;
+    std::vector<Point2> vOutside;
+    for (const Segment2& segment : vSegments) {
+        vOutside.push_back(segment.getSrc());
+        vOutside.push_back(segment.getTrg());
+    }
+    oneInstance(vOutside);
+    std::erase_if(vOutside, [&](const Point2& point) { return locate(point) != nullptr; });
+
+    // The hull stays as a wall: what lies beyond it isn't part of the mesh that is cut.
+    std::vector<Edge2> vHullEdges;
+    if (!vOutside.empty()) {
+        std::vector<Side> vHullSides;
+        getConvexHull(vHullSides);
+        for (const auto& [pT, edge] : vHullSides) vHullEdges.emplace_back(pT, edge);
+    }
+    std::vector<Edge2*> vHullEdgePointers;
+    for (Edge2& edge : vHullEdges) vHullEdgePointers.push_back(&edge);
+    createConstraint(vHullEdgePointers, CIS_CONSTRAINED_DELAUNAY);
+    std::vector<Point2*> vOutsideVertices;
+    insertVector(vOutside, &vOutsideVertices);
+
+    std::vector<ConstraintSegment2*> vPieces;
+    CUTT_cutTriangles(vSegments, bWithConstraints, vPieces);
+    std::vector<Segment2> vRing;
+    for (const ConstraintSegment2* pPiece : vPieces) vRing.emplace_back(*pPiece->getSrc(), *pPiece->getTrg());
+    ConstraintGraph2* const pGraph = createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);
+    if (pGraph == nullptr) return nullptr;
+    Zone2* const pInside = createZone(pGraph, ZL_INSIDE);
+    if (pInside == nullptr) return nullptr;
+
+    std::vector<Triangle2*> vTriangles;
+    pInside->getTriangles(vTriangles);
+    std::sort(vOutsideVertices.begin(), vOutsideVertices.end(), ByAddress{});
+    std::erase_if(vTriangles, [&](const Triangle2* pT) {
+        bool bOutside = false;
+        for (int i = 0; i < 3; ++i)
+            bOutside |= std::binary_search(vOutsideVertices.begin(), vOutsideVertices.end(), corner(pT, i),
+                                           ByAddress{});
+        return bOutside;
+    });
+    if (vTriangles.empty()) return nullptr;
+    Zone2* const pZone = createZone(vTriangles);
+    return pZone == nullptr ? nullptr : pZone->convertToBoundedZone();
+}
+
+}  // namespace KELMAR_NORVIK2D
