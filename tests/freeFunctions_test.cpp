@@ -340,6 +340,40 @@ TEST(FreeFunctions, BordersBecomePolygons) {
     }
 }
 
+TEST(FreeFunctions, PolygonsThatTouchFollowTheTriangles) {
+    Norvik_2D mesh;
+    const std::vector<Point2> rim{{4, 0}, {2, 4}, {-2, 4}, {-4, 0}, {-2, -4}, {2, -4}};
+    Point2* const pHub = mesh.insert({0, 0});
+    std::vector<Point2*> vRim;
+    mesh.insert(rim, vRim);
+    const auto polygonsOf = [&](const std::vector<std::size_t>& vSpokes) {
+        Triangles vTriangles;
+        for (const std::size_t spoke : vSpokes)
+            vTriangles.push_back(mesh.getAdjacentTriangle(pHub, vRim[spoke]));
+        std::vector<std::vector<Edge2>> vPolygons;
+        std::vector<Edge2> vRemaining;
+        edgesToPolygons(bordersByEnds(vTriangles), vPolygons, vRemaining);
+        return vPolygons;
+    };
+    // One triangle fills its wedge, and the walk comes out of it at the hub; out of two it goes on across the way in.
+    EXPECT_EQ(polygonsOf({2, 5}).size(), 2U);
+    ASSERT_EQ(polygonsOf({2, 3, 5}).size(), 1U);
+    EXPECT_EQ(polygonsOf({2, 3, 5})[0].size(), 7U);
+
+    // Where several edges leave the least vertex the most clockwise one begins.
+    Norvik_2D fan;
+    Point2* const pTip = fan.insert({0, 0});
+    std::vector<Point2*> vEnds;
+    fan.insert({{4, -4}, {4, -1}, {4, 1}, {4, 4}}, vEnds);
+    const Triangles vTwo{fan.getAdjacentTriangle(pTip, vEnds[2]), fan.getAdjacentTriangle(pTip, vEnds[0])};
+    std::vector<std::vector<Edge2>> vPolygons;
+    std::vector<Edge2> vRemaining;
+    edgesToPolygons(bordersByEnds(vTwo), vPolygons, vRemaining);
+    ASSERT_EQ(vPolygons.size(), 2U);
+    EXPECT_EQ(endsOf(vPolygons[0][0]), Ends(pTip, vEnds[0]));
+    EXPECT_EQ(endsOf(vPolygons[1][0]), Ends(pTip, vEnds[2]));
+}
+
 TEST(FreeFunctions, OpenChainsRemain) {
     RandomSet set(6);
     std::vector<Edge2> vRing, vRemaining;
