@@ -59,9 +59,9 @@ NORVIK2D_EXPORT void getConnectedComponents(std::vector<Triangle2*> vTriangles,
 NORVIK2D_EXPORT void getConnectedComponents(const std::vector<Triangle2*>& vTriangles,
                                             std::vector<std::vector<Triangle2*>>& out);
 
-/// Appends one border ring of a component in walking order, with the component on the left. It begins with a border edge that
-/// isn't in `sIgnore` (pairs with the lower address first); without one nothing happens. A component that touches itself at a
-/// vertex isn't for this. `vTriangles` is ordered by address, each once.
+/// Appends one border ring of a component in walking order, with the component on the left. It begins at the end of the first
+/// border edge that isn't in `sIgnore` (pairs with the lower address first); without one nothing happens. A component that
+/// touches itself at a vertex isn't for this. `vTriangles` is ordered by address, each once.
 NORVIK2D_EXPORT void getSortedBorders(std::vector<Triangle2*>& vTriangles, std::vector<Edge2>& out,
                                       const std::set<std::pair<Point2*, Point2*>>& sIgnore);
 
