@@ -25,9 +25,14 @@ Point2* otherEnd(const ConstraintSegment2* pSegment, const Point2* pEnd) {
     return pSegment->getSrc() == pEnd ? pSegment->getTrg() : pSegment->getSrc();
 }
 
+/// By x, then by y. The points' own comparison would enter the guard of public functions each time.
+bool isBefore(const Point2* pA, const Point2* pB) {
+    return pA->x() != pB->x() ? pA->x() < pB->x() : pA->y() < pB->y();
+}
+
 /// The end that comes first by x, then by y.
 Point2* lowerEnd(const ConstraintSegment2* pSegment) {
-    return *pSegment->getTrg() < *pSegment->getSrc() ? pSegment->getTrg() : pSegment->getSrc();
+    return isBefore(pSegment->getTrg(), pSegment->getSrc()) ? pSegment->getTrg() : pSegment->getSrc();
 }
 
 bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
@@ -144,9 +149,13 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     if (!linkInOrder(parents, vLinks)) linkInAnyOrder(parents, vLinks);
 
     std::uint32_t start = 0;
-    for (std::uint32_t i = 1; i < parents.size(); ++i)
-        if (*lowerEnd(parents[i]) < *lowerEnd(parents[start])) start = i;
-    const Point2* const pStart = lowerEnd(parents[start]);
+    const Point2* pStart = lowerEnd(parents[start]);
+    for (std::uint32_t i = 1; i < parents.size(); ++i) {
+        const Point2* const pLower = lowerEnd(parents[i]);
+        if (!isBefore(pLower, pStart)) continue;
+        start = i;
+        pStart = pLower;
+    }
     const std::uint32_t other = vLinks[start][sideOf(parents[start], pStart)];
     if (other == none) return false;
     std::uint32_t current = start;

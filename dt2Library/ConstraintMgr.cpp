@@ -10,6 +10,7 @@
 #include <new>
 
 #include "Dt2.h"
+#include "KelmarTest.h"
 #include "diagnostics.h"
 #include "fileFunctions.h"
 #include "require.h"
@@ -28,11 +29,11 @@ public:
 
     /// The rank of a point among the different ones.
     std::uint32_t rankOf(const Point2& point) {
-        if (!vPoints.empty() && vPoints[lastRank] == point) return lastRank;  // as in chains
+        if (!vPoints.empty() && samePoint(&vPoints[lastRank], &point)) return lastRank;  // as in chains
         const std::size_t mask = vPlaces.size() - 1;
         std::size_t place = hashOf(point) & mask;
         for (; vPlaces[place] != none; place = (place + 1) & mask)
-            if (vPoints[vPlaces[place]] == point) return lastRank = vPlaces[place];
+            if (samePoint(&vPoints[vPlaces[place]], &point)) return lastRank = vPlaces[place];
         vPlaces[place] = lastRank = static_cast<std::uint32_t>(vPoints.size());
         vPoints.push_back(point);
         return lastRank;
