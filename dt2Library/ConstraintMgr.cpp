@@ -7,7 +7,9 @@
 #include <iterator>
 #include <limits>
 #include <locale>
+#include <memory>
 #include <new>
+#include <span>
 
 #include "Dt2.h"
 #include "KelmarTest.h"
@@ -39,6 +41,11 @@ public:
         return lastRank;
     }
 
+    /// Asks for the memory that a later question for the point will read.
+    void prefetch(const Point2& point) const noexcept {
+        __builtin_prefetch(&vPlaces[hashOf(point) & (vPlaces.size() - 1)]);
+    }
+
     const std::vector<Point2>& getPoints() const noexcept { return vPoints; }
 
 private:
@@ -56,6 +63,13 @@ private:
     std::vector<std::uint32_t> vPlaces;
     std::uint32_t lastRank = 0;
 };
+
+/// Whether a segment begins where the one before it ends.
+bool isChained(const std::vector<Segment2>& vSegments, std::size_t i) {
+    if (i == 0) return false;
+    const Point2 end = vSegments[i - 1].getTrg(), begin = vSegments[i].getSrc();
+    return samePoint(&end, &begin);
+}
 
 /// Reports about a hundred times in a loop over `n` things that make up a part of an operation.
 class LoopProgress {
@@ -82,14 +96,15 @@ void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_
 
 }  // namespace
 
-ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_) {
+ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_), sConstraintVertices(pDt_->getVertexPool()) {
     constexpr int firstRecords = 8, mostRecords = 65536;
     segmentPool.init(firstRecords, mostRecords);
 }
 
 ConstraintMgr::~ConstraintMgr() {
     vConstraintGraphs.clear();
-    for (ConstraintSegment2* pSegment : vByEnds) pSegment->~ConstraintSegment2();
+    for (const std::span<ConstraintSegment2> stretch : segmentPool.stretches())
+        std::destroy(stretch.begin(), stretch.end());
 }
 
 // ----------------------------------------------------------------------------------------------- questions
@@ -108,10 +123,12 @@ void ConstraintMgr::getAliveConstraintSegments(Segments& out) const {
     const auto isBefore = [](const ConstraintSegment2* pA, const ConstraintSegment2* pB) {
         return *pA < *pB;
     };
+    const std::size_t numSorted = vByEnds.size();
+    for (std::int64_t rank = static_cast<std::int64_t>(numSorted); rank < segmentPool.numHandedOut(); ++rank)
+        vByEnds.push_back(segmentPool.at(rank));
     const auto middle = vByEnds.begin() + static_cast<std::ptrdiff_t>(numSorted);
     std::sort(middle, vByEnds.end(), isBefore);
     std::inplace_merge(vByEnds.begin(), middle, vByEnds.end(), isBefore);
-    numSorted = vByEnds.size();
     std::copy_if(vByEnds.begin(), vByEnds.end(), std::back_inserter(out),
                  [](const ConstraintSegment2* pSegment) { return pSegment->isAlive(); });
 }
@@ -125,8 +142,7 @@ ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q,
     const auto [ppSegment, bNew] = mConstraintSegments.insert(ends);
     if (!bNew) return *ppSegment;
     *ppSegment = ::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis);
-    vByEnds.push_back(*ppSegment);
-    for (const Point2* pVtx : {p, q}) *sConstraintVertices.insert(pVtx).first = pVtx;
+    for (const Point2* pVtx : {p, q}) sConstraintVertices.insert(pVtx);
     manageHash(*ppSegment);
     return *ppSegment;
 }
@@ -142,15 +158,17 @@ void ConstraintMgr::updateConstraintSegment(ConstraintSegment2* pParent, Constra
 
 void ConstraintMgr::manageHash(const ConstraintSegment2* pSegment) {
     constexpr std::size_t mostWithoutFilter = 9999;
-    const auto mark = [&](const Point2* pVtx) { wordOf(*pVertexFilter, pVtx) |= bitOf(pVtx); };
+    const auto markEnds = [&](const ConstraintSegment2& segment) {
+        for (const Point2* pVtx : {segment.getSrc(), segment.getTrg()})
+            wordOf(*pVertexFilter, pVtx) |= bitOf(pVtx);
+    };
     if (pVertexFilter == nullptr) {
         if (pDt->getApproxNumPoints() <= mostWithoutFilter) return;
         pVertexFilter = std::make_unique<VertexFilter>();
-        sConstraintVertices.visit(mark);
+        for (const std::span<ConstraintSegment2> stretch : segmentPool.stretches())
+            for (const ConstraintSegment2& segment : stretch) markEnds(segment);
     }
-    if (pSegment == nullptr) return;
-    mark(pSegment->getSrc());
-    mark(pSegment->getTrg());
+    if (pSegment != nullptr) markEnds(*pSegment);
 }
 
 // --------------------------------------------------------------------------------------------- enforcement
@@ -238,10 +256,8 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& 
         constexpr std::size_t ahead = 8;
         loopProgress.at(i);
         const auto [p, q] = vPairs[i];
-        if (i + ahead < vPairs.size()) {
+        if (i + ahead < vPairs.size())
             mConstraintSegments.prefetch(VertexPair2(vPairs[i + ahead].first, vPairs[i + ahead].second));
-            sConstraintVertices.prefetch(vPairs[i + ahead].second);
-        }
         if (p != q) {
             vSegments.push_back(addConstraintSegment(p, q, cis));
             continue;
@@ -273,35 +289,55 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Edge2*>& vEd
 ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<Segment2>& vSegments,
                                                   ConstraintInsertionStrategy cis) {
     if (vSegments.empty()) return nullptr;
-    // All ends in one bulk insertion, each once.
-    DifferentPoints differentPoints(2 * vSegments.size());
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> vRanks;
-    vRanks.reserve(vSegments.size());
-    for (const Segment2& segment : vSegments) {
-        const std::uint32_t src = differentPoints.rankOf(segment.getSrc());
-        vRanks.emplace_back(src, differentPoints.rankOf(segment.getTrg()));
-    }
-    const std::vector<Point2*> vHandles = verticesOf(differentPoints.getPoints());
-    std::vector<PointPair> vPairs;
-    vPairs.reserve(vSegments.size());
-    for (const auto& [src, trg] : vRanks) vPairs.emplace_back(vHandles[src], vHandles[trg]);
+    std::vector<PointPair> vPairs = findVertices(vSegments);
+    insertMissing(vSegments, vPairs);
     return createConstraint(vPairs, cis, true);
 }
 
-/// The vertices of different points. Those that are found quickly aren't inserted again.
-std::vector<Point2*> ConstraintMgr::verticesOf(const std::vector<Point2>& vPoints) {
-    const MuteScope muted(pDt->getProgress());
+/// The vertices of the segments' ends. Null where there is none, or it isn't found quickly.
+std::vector<ConstraintMgr::PointPair> ConstraintMgr::findVertices(
+    const std::vector<Segment2>& vSegments) const {
+    std::vector<PointPair> vPairs(vSegments.size());
     const VertexVault& vault = pDt->getVertexVault();
-    std::vector<Point2*> vHandles(vPoints.size(), nullptr), vNewHandles;
-    std::vector<Point2> vNewPoints;
-    for (std::size_t i = 0; i < vPoints.size(); ++i) {
-        vHandles[i] = vault.getSortedVertexPointer(vPoints[i]);
-        if (vHandles[i] == nullptr) vNewPoints.push_back(vPoints[i]);
+    if (vault.empty()) return vPairs;
+    for (std::size_t i = 0; i < vSegments.size(); ++i) {
+        auto& [pSrc, pTrg] = vPairs[i];
+        pSrc = isChained(vSegments, i) ? vPairs[i - 1].second
+                                       : vault.getSortedVertexPointer(vSegments[i].getSrc());
+        pTrg = vault.getSortedVertexPointer(vSegments[i].getTrg());
     }
-    pDt->insertVector(vNewPoints, &vNewHandles);
-    for (auto [i, next] = std::pair(std::size_t{0}, vNewHandles.begin()); i < vPoints.size(); ++i)
-        if (vHandles[i] == nullptr) vHandles[i] = *next++;
-    return vHandles;
+    return vPairs;
+}
+
+/// Gives vertices to the ends that have none: all in one bulk insertion, each once.
+void ConstraintMgr::insertMissing(const std::vector<Segment2>& vSegments, std::vector<PointPair>& vPairs) {
+    std::size_t numMissing = 0;
+    for (std::size_t i = 0; i < vSegments.size(); ++i) {
+        numMissing += vPairs[i].first == nullptr && !isChained(vSegments, i);
+        numMissing += vPairs[i].second == nullptr;
+    }
+    if (numMissing == 0) return;
+
+    const MuteScope muted(pDt->getProgress());
+    DifferentPoints newPoints(numMissing);
+    std::vector<std::uint32_t> vRanks;
+    vRanks.reserve(2 * numMissing);
+    for (std::size_t i = 0; i < vSegments.size(); ++i) {
+        constexpr std::size_t ahead = 8;
+        if (i + ahead < vSegments.size()) {
+            newPoints.prefetch(vSegments[i + ahead].getSrc());
+            newPoints.prefetch(vSegments[i + ahead].getTrg());
+        }
+        if (vPairs[i].first == nullptr) vRanks.push_back(newPoints.rankOf(vSegments[i].getSrc()));
+        if (vPairs[i].second == nullptr) vRanks.push_back(newPoints.rankOf(vSegments[i].getTrg()));
+    }
+    std::vector<Point2*> vHandles;
+    pDt->insertVector(newPoints.getPoints(), &vHandles);
+    auto nextRank = vRanks.begin();
+    for (auto& [pSrc, pTrg] : vPairs) {
+        if (pSrc == nullptr) pSrc = vHandles[*nextRank++];
+        if (pTrg == nullptr) pTrg = vHandles[*nextRank++];
+    }
 }
 
 ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,

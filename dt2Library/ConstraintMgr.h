@@ -16,6 +16,7 @@
 #include "Segment2.h"
 #include "SimplePool.h"
 #include "VertexPair2.h"
+#include "VertexSet.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -113,7 +114,8 @@ private:
                ((wordOf(*pVertexFilter, p) & bitOf(p)) != 0 && (wordOf(*pVertexFilter, q) & bitOf(q)) != 0);
     }
 
-    std::vector<Point2*> verticesOf(const std::vector<Point2>& vPoints);
+    std::vector<PointPair> findVertices(const std::vector<Segment2>& vSegments) const;
+    void insertMissing(const std::vector<Segment2>& vSegments, std::vector<PointPair>& vPairs);
     ConstraintGraph2* createDirected(const std::vector<PointPair>& vPairs, ConstraintInsertionStrategy cis);
     bool applyOnce(const Segments& vCurrent, Segments& vNext);
     ConstraintGraph2* keep(std::unique_ptr<ConstraintGraph2> pGraph);
@@ -132,9 +134,8 @@ private:
     Dt2* pDt;
     SimplePool<ConstraintSegment2> segmentPool;
     FlatTable<ConstraintSegment2*, PairHash, EndsOf> mConstraintSegments;
-    FlatTable<const Point2*> sConstraintVertices;
-    mutable Segments vByEnds;  ///< all records, the first numSorted of them in order
-    mutable std::size_t numSorted = 0;
+    VertexSet sConstraintVertices;
+    mutable Segments vByEnds;  ///< the records, in order, that there were when they were last asked for
     std::vector<std::unique_ptr<ConstraintGraph2>> vConstraintGraphs;
     std::unique_ptr<VertexFilter> pVertexFilter;
 };

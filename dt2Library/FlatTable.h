@@ -97,12 +97,6 @@ public:
         __builtin_prefetch(&vEntries[place]);
     }
 
-    template <class Visit>
-    void visit(Visit visit) const {
-        for (std::size_t place = 0; place < vEntries.size(); ++place)
-            if (vMarks[place] != freePlace) visit(vEntries[place]);
-    }
-
 private:
     static constexpr std::uint8_t freePlace = 0;
 
