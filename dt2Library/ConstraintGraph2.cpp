@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 #include "Color.h"
 #include "Dt2.h"
@@ -48,29 +50,25 @@ Point2* endOf(const ConstraintSegment2* pSegment, std::size_t side) {
     return side == 0 ? pSegment->getSrc() : pSegment->getTrg();
 }
 
-/// For each of many segments, by rank, the other one at its source and at its target; none where there isn't exactly one.
-using RingLinks = std::vector<std::array<std::uint32_t, 2>>;
-
-/// Links the segments if they already follow each other around a ring, as they mostly do. False otherwise.
-bool linkInOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks& vLinks) {
-    const auto numSegments = static_cast<std::uint32_t>(vSegments.size());
-    vLinks.assign(numSegments, {none, none});
+/// Whether segments follow each other around a ring in their order, as they mostly do, and meet in a vertex once only.
+bool formRingInOrder(const std::vector<ConstraintSegment2*>& vSegments) {
     FlatTable<const Point2*> sVertices;
-    sVertices.reserve(numSegments);
-    for (std::uint32_t i = 0; i < numSegments; ++i) {
-        const std::uint32_t next = i + 1 == numSegments ? 0 : i + 1;
-        const Point2* const pShared = touches(vSegments[next], vSegments[i]->getSrc())
-                                          ? vSegments[i]->getSrc()
-                                          : vSegments[i]->getTrg();
-        if (!touches(vSegments[next], pShared)) return false;
+    sVertices.reserve(vSegments.size());
+    const ConstraintSegment2* pSegment = vSegments.back();
+    for (const ConstraintSegment2* pNext : vSegments) {
+        const Point2* const pShared =
+            touches(pNext, pSegment->getSrc()) ? pSegment->getSrc() : pSegment->getTrg();
+        if (!touches(pNext, pShared)) return false;
         const auto [pEntry, bNew] = sVertices.insert(pShared);
         if (!bNew) return false;
         *pEntry = pShared;
-        vLinks[i][sideOf(vSegments[i], pShared)] = next;
-        vLinks[next][sideOf(vSegments[next], pShared)] = i;
+        pSegment = pNext;
     }
     return true;
 }
+
+/// For each of many segments, by rank, the other one at its source and at its target; none where there isn't exactly one.
+using RingLinks = std::vector<std::array<std::uint32_t, 2>>;
 
 /// The first two segments at a vertex.
 struct SegmentsAtVertex {
@@ -83,9 +81,8 @@ struct VertexOf {
     const Point2* operator()(const SegmentsAtVertex& segments) const { return segments.pVtx; }
 };
 
-/// Links segments in any order.
-void linkInAnyOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks& vLinks) {
-    vLinks.assign(vSegments.size(), {none, none});
+RingLinks linksOf(const std::vector<ConstraintSegment2*>& vSegments) {
+    RingLinks vLinks(vSegments.size(), {none, none});
     FlatTable<SegmentsAtVertex, AddressHash, VertexOf> mVtx2Segments;
     mVtx2Segments.reserve(vSegments.size());
     for (std::uint32_t i = 0; i < vSegments.size(); ++i)
@@ -101,7 +98,29 @@ void linkInAnyOrder(const std::vector<ConstraintSegment2*>& vSegments, RingLinks
             vLinks[first][sideOf(vSegments[first], pEnd)] = bIsSecond ? second : none;
             vLinks[second][sideOf(vSegments[second], pEnd)] = bIsSecond ? first : none;
         }
+    return vLinks;
 }
+
+/// Tells which segments are neighbours, at least three segments given.
+class RingNeighbours {
+public:
+    explicit RingNeighbours(const std::vector<ConstraintSegment2*>& vSegments_) : vSegments(vSegments_) {
+        if (!formRingInOrder(vSegments)) vLinks = linksOf(vSegments);
+    }
+
+    /// The rank of the other segment at one end of a segment; none if there isn't exactly one.
+    std::uint32_t at(std::uint32_t rank, std::size_t side) const {
+        if (!vLinks.empty()) return vLinks[rank][side];
+        const auto last = static_cast<std::uint32_t>(vSegments.size() - 1);
+        const std::uint32_t next = rank == last ? 0 : rank + 1;
+        if (touches(vSegments[next], endOf(vSegments[rank], side))) return next;
+        return rank == 0 ? last : rank - 1;
+    }
+
+private:
+    const std::vector<ConstraintSegment2*>& vSegments;
+    RingLinks vLinks;  ///< empty if the segments follow each other in their order
+};
 
 }  // namespace
 
@@ -122,8 +141,8 @@ ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, const PairRever
 }
 
 void ConstraintGraph2::init(Segments& parents) {
-    for (ConstraintSegment2* pParent : parents) pParent->addOwnerRecursive(this);
-    std::erase_if(parents, [](const ConstraintSegment2* pParent) {
+    std::erase_if(parents, [this](ConstraintSegment2* pParent) {
+        pParent->addOwnerRecursive(this);
         const bool bDegenerate = pParent->getSrc() == pParent->getTrg();
         if (bDegenerate)
             warning("ConstraintGraph2::ConstraintGraph2()", "Ignoring a degenerate constraint segment");
@@ -137,7 +156,10 @@ void ConstraintGraph2::init(Segments& parents) {
 
 bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
     if (!checkAndSortPolygonSub(parents)) return false;
-    setDirectionsRecursive(parents);
+    Segments vDivided;
+    std::copy_if(parents.begin(), parents.end(), std::back_inserter(vDivided),
+                 [](const ConstraintSegment2* pParent) { return !pParent->isAlive(); });
+    setDirectionsRecursive(std::move(vDivided));
     return true;
 }
 
@@ -145,8 +167,7 @@ bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
 /// Crossings aren't looked for.
 bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     if (parents.size() < 3) return false;
-    RingLinks vLinks;
-    if (!linkInOrder(parents, vLinks)) linkInAnyOrder(parents, vLinks);
+    const RingNeighbours neighbours(parents);
 
     std::uint32_t start = 0;
     const Point2* pStart = lowerEnd(parents[start]);
@@ -156,7 +177,7 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
         start = i;
         pStart = pLower;
     }
-    const std::uint32_t other = vLinks[start][sideOf(parents[start], pStart)];
+    const std::uint32_t other = neighbours.at(start, sideOf(parents[start], pStart));
     if (other == none) return false;
     std::uint32_t current = start;
     switch (pDt->getPredicates()->getOrientation2(pStart, otherEnd(parents[start], pStart),
@@ -169,6 +190,7 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
         default:
             return false;
     }
+    vCSegParents.reserve(parents.size());
     const Point2* pTail = pStart;
     for (;;) {
         ConstraintSegment2* const pCurrent = parents[current];
@@ -177,7 +199,7 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
         setDirection(pCurrent, headSide == 0);
         pTail = endOf(pCurrent, headSide);
         if (pTail == pStart) return parents.size() == vCSegParents.size();
-        current = vLinks[current][headSide];
+        current = neighbours.at(current, headSide);
         if (current == none) return false;
     }
 }

@@ -3,8 +3,13 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "SimplePool.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -63,7 +68,7 @@ public:
     Entry* find(const Key& key) noexcept {
         if (empty()) return nullptr;
         const std::size_t place = placeOf(key, Hash{}(key));
-        return vMarks[place] == freePlace ? nullptr : &vEntries[place];
+        return vMarks[place] == freePlace ? nullptr : &pEntries[place];
     }
     template <class Key>
     const Entry* find(const Key& key) const noexcept {
@@ -77,7 +82,7 @@ public:
     /// The entry of a key, and whether it is new: then it is to be given a value with this key at once.
     template <class Key>
     std::pair<Entry*, bool> insert(const Key& key) {
-        if (numEntries >= capacity()) rehash(vEntries.empty() ? 16 : 2 * vEntries.size());
+        if (numEntries >= capacity()) rehash(vMarks.empty() ? 16 : 2 * vMarks.size());
         const std::size_t hash = Hash{}(key);
         const std::size_t place = placeOf(key, hash);
         const bool bNew = vMarks[place] == freePlace;
@@ -85,23 +90,23 @@ public:
             vMarks[place] = markOf(hash);
             ++numEntries;
         }
-        return {&vEntries[place], bNew};
+        return {&pEntries[place], bNew};
     }
 
     /// Asks for the memory that a later question for the key will read.
     template <class Key>
     void prefetch(const Key& key) const noexcept {
-        if (vEntries.empty()) return;
-        const std::size_t place = Hash{}(key) & (vEntries.size() - 1);
+        if (vMarks.empty()) return;
+        const std::size_t place = Hash{}(key) & (vMarks.size() - 1);
         __builtin_prefetch(&vMarks[place]);
-        __builtin_prefetch(&vEntries[place]);
+        __builtin_prefetch(&pEntries[place]);
     }
 
 private:
     static constexpr std::uint8_t freePlace = 0;
 
     /// Half of the places: searches end after one or two steps.
-    std::size_t capacity() const noexcept { return vEntries.size() / 2; }
+    std::size_t capacity() const noexcept { return vMarks.size() / 2; }
 
     static std::uint8_t markOf(std::size_t hash) noexcept {
         return static_cast<std::uint8_t>((hash >> 32 ^ hash) | 1);
@@ -110,29 +115,38 @@ private:
     template <class Key>
     std::size_t placeOf(const Key& key, std::size_t hash) const noexcept {
         const std::uint8_t mark = markOf(hash);
-        const std::size_t mask = vEntries.size() - 1;
+        const std::size_t mask = vMarks.size() - 1;
         std::size_t place = hash & mask;
-        while (vMarks[place] != freePlace && (vMarks[place] != mark || KeyOf{}(vEntries[place]) != key))
+        while (vMarks[place] != freePlace && (vMarks[place] != mark || KeyOf{}(pEntries[place]) != key))
             place = (place + 1) & mask;
         return place;
     }
 
+    struct FreeBlock {
+        void operator()(Entry* pBlock) const noexcept { freeBlock(pBlock); }
+    };
+    using Entries = std::unique_ptr<Entry[], FreeBlock>;
+
     void rehash(std::size_t numPlaces) {
         std::vector<std::uint8_t> vOldMarks(numPlaces, freePlace);
-        std::vector<Entry> vOld(numPlaces);
+        Entries pOld(static_cast<Entry*>(allocateBlock(numPlaces * sizeof(Entry))));
+        if (pOld == nullptr) throw std::bad_alloc();
         vOldMarks.swap(vMarks);
-        vOld.swap(vEntries);
-        for (std::size_t i = 0; i < vOld.size(); ++i) {
+        pOld.swap(pEntries);
+        for (std::size_t i = 0; i < vOldMarks.size(); ++i) {
             if (vOldMarks[i] == freePlace) continue;
-            const std::size_t hash = Hash{}(KeyOf{}(vOld[i]));
-            const std::size_t place = placeOf(KeyOf{}(vOld[i]), hash);
+            const std::size_t hash = Hash{}(KeyOf{}(pOld[i]));
+            const std::size_t place = placeOf(KeyOf{}(pOld[i]), hash);
             vMarks[place] = markOf(hash);
-            vEntries[place] = std::move(vOld[i]);
+            pEntries[place] = pOld[i];
         }
     }
 
-    std::vector<std::uint8_t> vMarks;  ///< of each place; never 0 where there is an entry
-    std::vector<Entry> vEntries;       ///< as many as a power of two
+    static_assert(std::is_trivially_copyable_v<Entry>, "entries live in memory that nothing has initialised");
+
+    std::vector<std::uint8_t>
+        vMarks;        ///< of each place, as many as a power of two; never 0 where there is an entry
+    Entries pEntries;  ///< only those with a mark have a value
     std::size_t numEntries = 0;
 };
 

@@ -37,9 +37,14 @@ std::size_t KeyDirectory::lowerBound(std::uint32_t key) const noexcept {
     const std::size_t bucket = key >> bucketShift;
     if (bucket + 1 >= vBucketStarts.size()) return vKeys.size();
     // Keys of earlier buckets are smaller, and the first one of the next bucket is not.
-    const auto first = vKeys.begin() + vBucketStarts[bucket];
-    const auto last = vKeys.begin() + vBucketStarts[bucket + 1];
-    return static_cast<std::size_t>(std::lower_bound(first, last, key) - vKeys.begin());
+    std::size_t first = vBucketStarts[bucket];
+    // Branch-free halving: which half it is can't be predicted, and where points lie along lines buckets are full.
+    for (std::size_t size = vBucketStarts[bucket + 1] - first; size > 0;) {
+        const std::size_t half = (size + 1) / 2;
+        first += vKeys[first + half - 1] < key ? half : 0;
+        size -= half;
+    }
+    return first;
 }
 
 }  // namespace KELMAR_NORVIK2D
