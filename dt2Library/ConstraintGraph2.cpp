@@ -37,8 +37,10 @@ Point2* lowerEnd(const ConstraintSegment2* pSegment) {
     return isBefore(pSegment->getTrg(), pSegment->getSrc()) ? pSegment->getTrg() : pSegment->getSrc();
 }
 
+/// Without branches: which end of two segments is the common one can't be predicted.
 bool touches(const ConstraintSegment2* pSegment, const Point2* pVtx) {
-    return pSegment != nullptr && (pSegment->getSrc() == pVtx || pSegment->getTrg() == pVtx);
+    const bool bAtSrc = pSegment->getSrc() == pVtx, bAtTrg = pSegment->getTrg() == pVtx;
+    return static_cast<int>(bAtSrc) + static_cast<int>(bAtTrg) != 0;
 }
 
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
@@ -256,9 +258,12 @@ void ConstraintGraph2::getDirectChildren(const ConstraintSegment2* pSegment, Con
     const auto [pSrc, pTrg] = directedEnds(pSegment);
     Point2* pSplit;
     pSegment->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
-    if (touches(pChild1, pSrc)) std::swap(pChild0, pChild1);
-    require(touches(pChild0, pSrc), "pChild0->getSrc()==pSrc || pChild0->getTrg()==pSrc");
-    require(touches(pChild1, pTrg), "pChild1->getSrc()==pTrg || pChild1->getTrg()==pTrg");
+    if (pChild1 != nullptr && touches(pChild1, pSrc)) std::swap(pChild0, pChild1);
+    // A suspended record has no children.
+    require(pChild0 != nullptr && touches(pChild0, pSrc),
+            "pChild0->getSrc()==pSrc || pChild0->getTrg()==pSrc");
+    require(pChild1 != nullptr && touches(pChild1, pTrg),
+            "pChild1->getSrc()==pTrg || pChild1->getTrg()==pTrg");
 }
 
 /// Hands the directions of the records down to all below them.

@@ -96,7 +96,7 @@ void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_
 
 }  // namespace
 
-ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_), sConstraintVertices(pDt_->getVertexPool()) {
+ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_) {
     constexpr int firstRecords = 8, mostRecords = 65536;
     segmentPool.init(firstRecords, mostRecords);
 }
@@ -108,6 +108,15 @@ ConstraintMgr::~ConstraintMgr() {
 }
 
 // ----------------------------------------------------------------------------------------------- questions
+
+bool ConstraintMgr::isConstraintVertex(const Point2* pVtx) const {
+    for (; numWithVertices < segmentPool.numHandedOut(); ++numWithVertices) {
+        const ConstraintSegment2* const pSegment = segmentPool.at(numWithVertices);
+        for (const Point2* pEnd : {pSegment->getSrc(), pSegment->getTrg()})
+            *sConstraintVertices.insert(pEnd).first = pEnd;
+    }
+    return sConstraintVertices.contains(pVtx);
+}
 
 ConstraintSegment2* ConstraintMgr::getAliveConstraintSegment(Point2* p, Point2* q) const {
     ConstraintSegment2* const pSegment = findConstraintSegment(p, q);
@@ -142,7 +151,6 @@ ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q,
     const auto [ppSegment, bNew] = mConstraintSegments.insert(ends);
     if (!bNew) return *ppSegment;
     *ppSegment = ::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis);
-    for (const Point2* pVtx : {p, q}) sConstraintVertices.insert(pVtx);
     manageHash(*ppSegment);
     return *ppSegment;
 }

@@ -16,7 +16,6 @@
 #include "Segment2.h"
 #include "SimplePool.h"
 #include "VertexPair2.h"
-#include "VertexSet.h"
 
 namespace KELMAR_NORVIK2D {
 
@@ -45,7 +44,7 @@ public:
 
     bool hasConstraints() const noexcept { return !mConstraintSegments.empty(); }
     /// Whether the vertex is, or ever was, the end of a constraint.
-    bool isConstraintVertex(const Point2* pVtx) const { return sConstraintVertices.contains(pVtx); }
+    bool isConstraintVertex(const Point2* pVtx) const;
     /// Whether the two vertices have an alive record.
     bool isConstraint(Point2* p, Point2* q) const { return getAliveConstraintSegment(p, q) != nullptr; }
     /// The same for the loops that ask it of many edges, nearly all of which are none.
@@ -134,8 +133,10 @@ private:
     Dt2* pDt;
     SimplePool<ConstraintSegment2> segmentPool;
     FlatTable<ConstraintSegment2*, PairHash, EndsOf> mConstraintSegments;
-    VertexSet sConstraintVertices;
-    mutable Segments vByEnds;  ///< the records, in order, that there were when they were last asked for
+    // Made when they are asked for, of the records that there are then.
+    mutable FlatTable<const Point2*> sConstraintVertices;
+    mutable std::int64_t numWithVertices = 0;  ///< records whose ends are in sConstraintVertices
+    mutable Segments vByEnds;                  ///< records in order
     std::vector<std::unique_ptr<ConstraintGraph2>> vConstraintGraphs;
     std::unique_ptr<VertexFilter> pVertexFilter;
 };

@@ -179,10 +179,23 @@ private:
     int exit = 0;
 };
 
-/// The beginning of a segment. At a source with very many triangles both searches take steps by turns, and the first to
-/// arrive answers; both answers are the same.
+constexpr int numUsualTriangles = 32;
+
+/// A triangle with the edge between two vertices, if it is among the first ones around the source. Null says nothing.
+Triangle2* findEdgeNearby(const Point2* pSrc, const Point2* pTrg) {
+    UmbrellaWalk umbrella(pSrc);
+    for (int i = 0; i < numUsualTriangles; ++i) {
+        Triangle2* const pT = umbrella.getTriangle();
+        if (corner(pT, 0) == pTrg || corner(pT, 1) == pTrg || corner(pT, 2) == pTrg) return pT;
+        if (!umbrella.advance()) break;
+    }
+    return nullptr;
+}
+
+/// The beginning of a segment. Most are edges already, which takes no predicate to see. At a source with very many triangles
+/// both searches take steps by turns, and the first to arrive answers; both answers are the same.
 Beginning beginningOf(KelmarTest& predicates, Point2* pSrc, Point2* pTrg) {
-    constexpr int numUsualTriangles = 32;
+    if (Triangle2* const pT = findEdgeNearby(pSrc, pTrg)) return {Beginning::EDGE, pT, nullptr};
     Beginning beginning;
     TurnAroundSource turn(predicates, pSrc, pTrg);
     for (int i = 0; i < numUsualTriangles; ++i)
@@ -293,7 +306,7 @@ Point2* Dt2::newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS)
         vCrossedT.push_back(pNext);
         pT = pNext;
         v = corner(pNext, j);
-        const Orientation2 side = predicates.getOrientation2(s, t, v);
+        const Orientation2 side = v == t ? ORIENTATION2_COLLINEAR : predicates.getOrientation2(s, t, v);
         if (side == ORIENTATION2_COLLINEAR && v != t) {
             vPairIspCS.clear();
             return v;

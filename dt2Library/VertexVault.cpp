@@ -94,7 +94,9 @@ std::size_t VertexVault::searchKey(std::uint32_t key) const {
 template <class Matches>
 unsigned VertexVault::findItem(std::uint32_t key, Matches matches) const {
     if (maxSortedIndex == 0) return notFound;
-    const auto isMatch = [&](std::size_t i) { return vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx); };
+    const auto isMatch = [&](std::size_t i) {
+        return vIdxVtxAct[i]->nic == key && vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx);
+    };
     std::size_t i = searchKey(key);
     while (i > 0 && vIdxVtxAct[i]->nic == key) --i;
     for (; i < maxSortedIndex; ++i) {
