@@ -19,7 +19,7 @@ namespace KELMAR_NORVIK2D {
 std::atomic<std::uint32_t> ConstraintSegment2::runningLabel{0};
 
 ConstraintSegment2::ConstraintSegment2(Point2* p0_, Point2* p1_, ConstraintInsertionStrategy cis_)
-    : label(runningLabel.fetch_add(1, std::memory_order_relaxed)), cis(cis_), p0(p0_), p1(p1_) {
+    : p0(p0_), p1(p1_), cis(cis_), label(runningLabel.fetch_add(1, std::memory_order_relaxed)) {
     require(ByAddress{}(p0, p1), "p0<p1");
 }
 

@@ -119,17 +119,19 @@ private:
     void makeChildren(Point2* pSplit);
     void establishPieces();
 
+    Point2* p0;
+    Point2* p1;
     ConstraintGraph2* pFirstGraph = nullptr;  ///< nearly all records have one graph only
     Role firstRole;
     bool bAlive = true;
-    std::unique_ptr<Roles> pFurtherRoles;  ///< of the other graphs
+    ConstraintInsertionStrategy cis : 8;
     std::uint32_t label;
-    ConstraintInsertionStrategy cis;
-    Point2* p0;
-    Point2* p1;
     std::array<ConstraintSegment2*, 2> vChildren{};  ///< both or none
+    std::unique_ptr<Roles> pFurtherRoles;            ///< of the other graphs
     double adjacentArea = std::numeric_limits<double>::max();
 };
+
+static_assert(sizeof(ConstraintSegment2) == 64, "a record fills a cache line");
 
 NORVIK2D_EXPORT std::ostream& operator<<(std::ostream& os, const ConstraintSegment2& segment);
 
