@@ -360,15 +360,41 @@ void Dt2::rebuildConflictZone() {
     flipBackToDelaunay(vDiagonals);
 }
 
-/// Cuts off ears, pass after pass. The old triangles carry the edges that are still to be closed: where an ear a-b-c is cut
-/// off, the carrier of a-b carries a-c from then on.
+namespace {
+
+/// Closes a corner between two edges of a chain by a triangle. The old triangles carry the edges that are still to be closed:
+/// where an ear a-b-c is cut off, the carrier of a-b carries a-c from then on.
 ///
 ///            b
 ///      u1  /   \  u2          the ear E = (a,b,c) takes the place of the carriers T1 of a-b and T2 of b-c at their
 ///        /   E   \            outer neighbours u1 and u2; T1 becomes its neighbour 1
 ///       a ------- c
 ///           T1
+Triangle2* cutOffEar(Dt2& mesh, const Side& carrierAB, const Side& carrierBC) {
+    const auto [pT1, i1] = carrierAB;
+    const auto [pT2, i2] = carrierBC;
+    Point2* const a = corner(pT1, ccw(i1));
+    Point2* const b = corner(pT1, cw(i1));
+    Point2* const c = corner(pT2, cw(i2));
+    Triangle2* const pOuter1 = neighbour(pT1, i1);
+    Triangle2* const pOuter2 = neighbour(pT2, i2);
+    Triangle2* const pEar = mesh.createTriangle(a, b, c);
+    replaceNeighbour(pOuter1, pT1, pEar);
+    replaceNeighbour(pOuter2, pT2, pEar);
+    setNeighbours(pEar, pOuter2, pT1, pOuter1);
+    setCorner(pT1, cw(i1), c);
+    setNeighbour(pT1, i1, pEar);
+    return pEar;
+}
+
+}  // namespace
+
+/// Cuts off ears, pass after pass. Mostly there is one only.
 Triangle2* Dt2::triangulatePolygon(const std::vector<Border>& chain, std::vector<Triangle2*>& vOut) {
+    if (chain.size() == 2) {
+        vOut.push_back(cutOffEar(*this, chain[0], chain[1]));
+        return vOut.back();
+    }
     constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
     const std::size_t numNodes = chain.size();
     vChainNodes.resize(numNodes);
@@ -388,23 +414,14 @@ Triangle2* Dt2::triangulatePolygon(const std::vector<Border>& chain, std::vector
             ChainNode& nextNode = vChainNodes[node.next];
             const auto [pT1, i1] = node.border;
             const auto [pT2, i2] = nextNode.border;
-            Point2* const a = corner(pT1, ccw(i1));
-            Point2* const b = corner(pT1, cw(i1));
-            Point2* const c = corner(pT2, cw(i2));
-            if (predicates.getOrientation2(a, b, c) != ORIENTATION2_CCW) continue;
+            if (predicates.getOrientation2(corner(pT1, ccw(i1)), corner(pT1, cw(i1)), corner(pT2, cw(i2))) !=
+                ORIENTATION2_CCW)
+                continue;
 
-            pEar = createTriangle(a, b, c);
+            pEar = cutOffEar(*this, node.border, nextNode.border);
             vOut.push_back(pEar);
-            Triangle2* const pOuter1 = neighbour(pT1, i1);
-            Triangle2* const pOuter2 = neighbour(pT2, i2);
             if (node.bDiagonal) vDiagonals.emplace_back(pEar, 2);
             if (nextNode.bDiagonal) vDiagonals.emplace_back(pEar, 0);
-            replaceNeighbour(pOuter1, pT1, pEar);
-            replaceNeighbour(pOuter2, pT2, pEar);
-            setNeighbours(pEar, pOuter2, pT1, pOuter1);
-            setCorner(pT1, cw(i1), c);
-            setNeighbour(pT1, i1, pEar);
-
             node.bDiagonal = true;
             nextNode.bUnlinked = true;
             node.next = nextNode.next;
