@@ -5,10 +5,48 @@
 #include <chrono>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "ProgressBar.h"
+#include "inputFiles.h"
 
 using namespace KELMAR_NORVIK2D;
+
+namespace {
+
+/// The library doesn't report files that can't be written.
+void ensureWritable(const std::string& path) {
+    if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
+}
+
+void writePicture(Norvik_2D& mesh, const Zone2* pZone, const std::string& path) {
+    if (!mesh.is2D()) throw BadOutput(path + ": no picture, there are no triangles");
+    ensureWritable(path);
+    if (pZone != nullptr)
+        pZone->show(path, true, true);
+    else
+        mesh.show(path);
+}
+
+void writeObj(Norvik_2D& mesh, Zone2* pZone, const std::string& path) {
+    const bool bEmpty = pZone != nullptr ? pZone->getNumberOfTriangles() == 0 : !mesh.is2D();
+    if (bEmpty) throw BadOutput(path + ": not written, there are no triangles");
+    ensureWritable(path);
+    mesh.writeObj(path, pZone);
+}
+
+}  // namespace
+
+void addSegments(const std::string& path, Input& input) {
+    for (const Segment2& segment : readSegments(path)) {
+        const bool bDegenerate = segment.getSrc() == segment.getTrg();
+        if (bDegenerate)
+            input.points.push_back(segment.getSrc());
+        else
+            input.segments.push_back(segment);
+        input.numDegenerate += bDegenerate;
+    }
+}
 
 double doTimed(Norvik_2D& mesh, const Options& options, const std::function<void()>& work) {
     ProgressBar bar;
@@ -21,15 +59,26 @@ double doTimed(Norvik_2D& mesh, const Options& options, const std::function<void
     return seconds.count();
 }
 
-void writePicture(Norvik_2D& mesh, const std::string& path) {
-    if (!mesh.is2D()) throw BadOutput(path + ": no picture, there are no triangles");
-    // The library doesn't report a picture that can't be written.
-    if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
-    mesh.show(path);
+std::string describe(const Zone2& zone) {
+    // Less than a double has, so that the rounding of a long sum isn't shown.
+    constexpr int digits = 12;
+    std::vector<Edge2> vBorder;
+    zone.getBoundaryEdges(vBorder);
+    std::ostringstream text;
+    text.precision(digits);
+    text << "area " << zone.getArea2D() << ", triangles " << zone.getNumberOfTriangles() << ", border edges "
+         << vBorder.size();
+    return std::move(text).str();
+}
+
+void writeOutputs(Norvik_2D& mesh, Zone2* pZone, const Options& options) {
+    if (!options.pictureFile.empty()) writePicture(mesh, pZone, options.pictureFile);
+    if (!options.objFile.empty()) writeObj(mesh, pZone, options.objFile);
 }
 
 int checkIfAsked(Norvik_2D& mesh, const Options& options) {
-    if (!options.bCheck || mesh.checkValidity(true, options.input)) return exitSuccess;
+    // Triangles that keep their shape may have vertices in their circles.
+    if (!options.bCheck || mesh.checkValidity(!options.bKeepShape, options.input)) return exitSuccess;
     std::cerr << options.input << ": the triangulation is not valid" << std::endl;
     return exitFailure;
 }

@@ -5,10 +5,23 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 constexpr int exitSuccess = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
+
+/// A zone that is asked for: inside or outside of the next ring, or around a seed.
+struct ZoneRequest {
+    KELMAR_NORVIK2D::ZoneLocation kind;
+    KELMAR_NORVIK2D::Point2 seed;  ///< for ZL_GROW only
+};
+
+/// An operation on two zones, as it is called in options and in the summary.
+struct ZoneOperation {
+    const char* name;
+    KELMAR_NORVIK2D::Zone2* (*combine)(KELMAR_NORVIK2D::Zone2*, KELMAR_NORVIK2D::Zone2*);
+};
 
 /// What the command line tells; each command reads what it offers.
 struct Options {
@@ -16,10 +29,17 @@ struct Options {
     std::string pointsInput;
     std::string pictureFile;
     std::string pointsFile;
+    std::string objFile;
     int numThreads = 1;
     bool bConforming = false;
     bool bCheck = false;
     bool bProgress = false;
+    /// In the order of the command line.
+    std::vector<ZoneRequest> vZones;
+    const ZoneOperation* pOperation = nullptr;
+    std::vector<KELMAR_NORVIK2D::Segment2> vKnives;
+    std::string cookieCutterFile;
+    bool bKeepShape = false;
 };
 
 // The commands print a summary on standard output, write the files that are asked for, and return the exit status. Input
@@ -27,8 +47,20 @@ struct Options {
 
 int triangulate(const Options& options);
 int constrain(const Options& options);
+int zones(const Options& options);
+int cut(const Options& options);
 
 // What they have in common
+
+/// Points and segments of one input. Segments of no length are among the points.
+struct Input {
+    std::vector<KELMAR_NORVIK2D::Point2> points;
+    std::vector<KELMAR_NORVIK2D::Segment2> segments;
+    std::size_t numDegenerate = 0;
+};
+
+/// Adds the segments of a file, and the degenerate ones, of which the library would warn one by one, as points.
+void addSegments(const std::string& path, Input& input);
 
 /// An output file that can't be made; what() tells the file and the reason.
 class BadOutput : public std::runtime_error {
@@ -39,7 +71,12 @@ public:
 /// Does the work, with a bar on standard error if that is wanted and a terminal. Returns the seconds that it took.
 double doTimed(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options, const std::function<void()>& work);
 
-void writePicture(KELMAR_NORVIK2D::Norvik_2D& mesh, const std::string& path);
+/// `area ..., triangles ..., border edges ...`
+std::string describe(const KELMAR_NORVIK2D::Zone2& zone);
+
+/// Writes the picture and the OBJ file that are asked for: of the zone, or of all triangles if there is none. The picture of a
+/// zone has the other triangles' edges as well.
+void writeOutputs(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const Options& options);
 
 /// The exit status: failure if a check was asked for and finds faults, which are told.
 int checkIfAsked(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options);

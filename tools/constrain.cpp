@@ -15,12 +15,6 @@ namespace {
 constexpr int inputPoint = 0;
 constexpr int noIndex = -1;
 
-struct Input {
-    std::vector<Point2> points;
-    std::vector<Segment2> segments;
-    std::size_t numGiven = 0;
-};
-
 struct Counts {
     std::size_t numPieces = 0;
     std::size_t numSplits = 0;
@@ -31,21 +25,13 @@ struct Counts {
 
 Point2 marked(const Point2& point) { return {point.x(), point.y(), inputPoint}; }
 
-/// Degenerate segments become points, as in the library, which would warn of each.
 Input readInput(const Options& options) {
-    const std::vector<Segment2> given = readSegments(options.input);
     Input input;
     if (!options.pointsInput.empty()) input.points = readPoints(options.pointsInput);
-    for (Point2& point : input.points) point.setCustomIndex(inputPoint);
-    input.numGiven = given.size();
-    for (const Segment2& segment : given) {
-        const Point2 src = marked(segment.getSrc());
-        const Point2 trg = marked(segment.getTrg());
-        if (src == trg)
-            input.points.push_back(src);
-        else
-            input.segments.emplace_back(src, trg);
-    }
+    addSegments(options.input, input);
+    for (Point2& point : input.points) point = marked(point);
+    for (Segment2& segment : input.segments)
+        segment = Segment2(marked(segment.getSrc()), marked(segment.getTrg()));
     return input;
 }
 
@@ -120,12 +106,12 @@ Counts count(Norvik_2D& mesh, const ConstraintGraph2* pGraph) {
 }
 
 void printSummary(Norvik_2D& mesh, const Input& input, const Counts& counts, double seconds) {
-    std::cout << "segments given: " << input.numGiven
-              << "\ndegenerate: " << input.numGiven - input.segments.size()
-              << "\nalive pieces: " << counts.numPieces << "\nsplits: " << counts.numSplits
-              << "\ncrossings: " << counts.numCrossings << "\nvertices added: " << counts.numAdded
-              << "\nnot enforced: " << counts.numNotEnforced << "\npoints: " << mesh.numberOfPoints()
-              << "\ntriangles: " << mesh.numberOfTriangles() << "\nseconds: " << seconds << std::endl;
+    std::cout << "segments given: " << input.segments.size() + input.numDegenerate
+              << "\ndegenerate: " << input.numDegenerate << "\nalive pieces: " << counts.numPieces
+              << "\nsplits: " << counts.numSplits << "\ncrossings: " << counts.numCrossings
+              << "\nvertices added: " << counts.numAdded << "\nnot enforced: " << counts.numNotEnforced
+              << "\npoints: " << mesh.numberOfPoints() << "\ntriangles: " << mesh.numberOfTriangles()
+              << "\nseconds: " << seconds << std::endl;
 }
 
 }  // namespace
@@ -138,6 +124,6 @@ int constrain(const Options& options) {
     const ConstraintGraph2* pGraph = nullptr;
     const double seconds = doTimed(mesh, options, [&] { pGraph = insertAndApply(mesh, input, options); });
     printSummary(mesh, input, count(mesh, pGraph), seconds);
-    if (!options.pictureFile.empty()) writePicture(mesh, options.pictureFile);
+    writeOutputs(mesh, nullptr, options);
     return checkIfAsked(mesh, options);
 }

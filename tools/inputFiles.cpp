@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -10,7 +9,8 @@
 #include <fstream>
 #include <sstream>
 #include <string_view>
-#include <system_error>
+
+#include "numbers.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -44,47 +44,13 @@ std::string contentOf(const std::string& path) {
 
 // Text
 
-/// The word in quotes, cut and without control characters: it may be anything, and goes to a terminal.
-std::string quoted(std::string_view word) {
-    constexpr std::size_t maxLength = 40;
-    std::string text(word.substr(0, maxLength));
-    for (char& c : text)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-    return '"' + text + (word.size() > maxLength ? "...\"" : "\"");
-}
-
-double parseNumber(std::string_view word, const Place& place) {
-    std::string_view digits = word;
-    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-') digits.remove_prefix(1);
-    double value = 0.0;
-    const auto [pEnd, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (failure == std::errc::result_out_of_range)
-        place.fail(quoted(word) + " is outside of the range of a double");
-    if (failure != std::errc() || pEnd != digits.data() + digits.size())
-        place.fail(quoted(word) + " is not a number");
-    if (!std::isfinite(value)) place.fail(quoted(word) + " is not finite");
-    return value;
-}
-
-/// Takes the next word off the line; empty if there is none.
-std::string_view takeWord(std::string_view& line) {
-    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-    const std::string_view word = line.substr(0, line.find_first_of(blanks));
-    line.remove_prefix(word.size());
-    return word;
-}
-
 template <std::size_t N>
-std::array<double, N> parseNumbers(std::string_view line, const Place& place) {
-    std::array<double, N> numbers{};
-    std::size_t numFound = 0;
-    for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line)) {
-        if (numFound < N) numbers[numFound] = parseNumber(word, place);
-        ++numFound;
+std::array<double, N> parseLine(std::string_view line, const Place& place) {
+    try {
+        return parseNumbers<N>(line, blanks);
+    } catch (const BadNumber& reason) {
+        place.fail(reason.what());
     }
-    if (numFound != N)
-        place.fail(std::to_string(N) + " numbers expected, " + std::to_string(numFound) + " found");
-    return numbers;
 }
 
 /// Appends the points of a text whose lines hold N numbers, two for each point.
@@ -96,7 +62,7 @@ void parseText(std::string_view content, const std::string& path, std::vector<Po
         content.remove_prefix(std::min(line.size() + 1, content.size()));
         ++place.line;
         if (line.find_first_not_of(blanks) == std::string_view::npos) continue;
-        const std::array<double, N> numbers = parseNumbers<N>(line, place);
+        const std::array<double, N> numbers = parseLine<N>(line, place);
         for (std::size_t i = 0; i < N; i += 2) points.emplace_back(numbers[i], numbers[i + 1]);
     }
 }
@@ -144,6 +110,14 @@ void readBinary(const std::string& content, const std::string& path, std::vector
 }
 
 }  // namespace
+
+bool holdsSegments(const std::string& path) {
+    std::array<char, sizeof(std::int32_t)> first{};
+    std::ifstream(path, std::ios::binary).read(first.data(), first.size());
+    const std::int32_t type = fileTypeOf(std::string(first.begin(), first.end()));
+    if (type == filePoints || type == filePoints3D) return false;
+    return type == fileSegments || type == fileSegments3D || path.ends_with(".seg");
+}
 
 std::vector<Point2> readPoints(const std::string& path) {
     const std::string content = contentOf(path);

@@ -24,3 +24,6 @@ std::vector<KELMAR_NORVIK2D::Point2> readPoints(const std::string& path);
 ///   text       `x1 y1 x2 y2` a line, whatever the file's name.
 ///   binary     a segment file as the library writes it.
 std::vector<KELMAR_NORVIK2D::Segment2> readSegments(const std::string& path);
+
+/// Whether a file that may hold either is one of segments: a binary segment file, or a text named .seg.
+bool holdsSegments(const std::string& path);

@@ -2,16 +2,69 @@
 #include <Norvik_2D.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <iostream>
+#include <utility>
+#include <vector>
 
 #include "commands.h"
+#include "numbers.h"
 
 using namespace KELMAR_NORVIK2D;
 
 namespace {
 
-CLI::App* addTriangulate(CLI::App& app, Options& options) {
+using Command = std::pair<CLI::App*, int (*)(const Options&)>;
+
+constexpr std::array zoneOperations{ZoneOperation{"union", zoneUnion},
+                                    ZoneOperation{"intersection", zoneIntersection},
+                                    ZoneOperation{"difference", zoneDifference},
+                                    ZoneOperation{"symmetric-difference", zoneSymmetricDifference}};
+
+/// Coordinates with commas between, in one word of the command line.
+template <std::size_t N>
+std::array<double, N> parseCoordinates(const std::string& text) {
+    // Separators in a row would count as one.
+    if (text.starts_with(',') || text.ends_with(',') || text.find(",,") != std::string::npos)
+        throw BadNumber("a number is missing in " + text);
+    return parseNumbers<N>(text, ",");
+}
+
+Segment2 parseKnife(const std::string& text) {
+    const auto [x1, y1, x2, y2] = parseCoordinates<4>(text);
+    const Segment2 knife(Point2(x1, y1), Point2(x2, y2));
+    if (knife.getSrc() == knife.getTrg()) throw BadNumber(text + " has no length");
+    return knife;
+}
+
+Point2 parseSeed(const std::string& text) {
+    const auto [x, y] = parseCoordinates<2>(text);
+    return {x, y};
+}
+
+/// An option that may be repeated; each word behind it goes through `parse`, whose complaints end in a usage error.
+template <class Parse>
+CLI::Option* addWords(CLI::App& command, const std::string& name, const std::string& type, Parse parse,
+                      const std::string& description) {
+    const auto complaintOf = [parse](const std::string& word) -> std::string {
+        try {
+            parse(word);
+            return {};
+        } catch (const BadNumber& reason) {
+            return reason.what();
+        }
+    };
+    return command.add_option(name, description)
+        ->type_name(type)
+        ->take_all()
+        ->expected(1, CLI::detail::expected_max_vector_size)
+        ->allow_extra_args(false)
+        ->check(complaintOf, "");
+}
+
+Command addTriangulate(CLI::App& app, Options& options) {
     CLI::App* pCommand = app.add_subcommand("triangulate", "Triangulate the points of a file");
     pCommand
         ->add_option(
@@ -20,29 +73,96 @@ CLI::App* addTriangulate(CLI::App& app, Options& options) {
         ->required();
     pCommand->add_option("--points-out", options.pointsFile,
                          "Write the points, each once, as text, or binary if the file is named .bin");
-    return pCommand;
+    return {pCommand, triangulate};
 }
 
-CLI::App* addConstrain(CLI::App& app, Options& options) {
-    CLI::App* pCommand = app.add_subcommand("constrain", "Make edges of the segments of a file");
-    pCommand->add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
+void addSegmentInput(CLI::App& command, Options& options) {
+    command.add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
         ->required();
-    pCommand->add_option("--points", options.pointsInput,
-                         "A file of further points, as `triangulate` reads it");
+    command.add_option("--points", options.pointsInput,
+                       "A file of further points, as `triangulate` reads it");
+}
+
+Command addConstrain(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand("constrain", "Make edges of the segments of a file");
+    addSegmentInput(*pCommand, options);
     pCommand->add_flag("--conforming", options.bConforming,
                        "Halve the segments until their pieces are Delaunay edges");
-    return pCommand;
+    return {pCommand, constrain};
+}
+
+Command addZones(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "zones", "Name regions by the closed rings of a file, combine two, and tell areas and borders");
+    addSegmentInput(*pCommand, options);
+    const CLI::Option* const pInside =
+        pCommand->add_flag("--inside")
+            ->description("A zone: inside of the next ring, in the order of the file");
+    const CLI::Option* const pOutside =
+        pCommand->add_flag("--outside")->description("A zone: outside of the next ring");
+    const CLI::Option* const pGrow =
+        addWords(*pCommand, "--grow", "X,Y", parseSeed,
+                 "A zone: what can be reached from here without crossing a segment");
+    CLI::Option_group* const pOperations =
+        pCommand->add_option_group("Operation", "on the first two zones, at most one");
+    for (const ZoneOperation& operation : zoneOperations)
+        pOperations->add_flag_callback("--" + std::string(operation.name),
+                                       [&] { options.pOperation = &operation; });
+    pOperations->require_option(0, 1);
+    pCommand->final_callback([=, &options] {
+        // The order of the command line goes across the options, which know their own words only.
+        std::size_t numSeeds = 0;
+        for (const CLI::Option* pOption : pCommand->parse_order()) {
+            if (pOption == pInside) options.vZones.push_back({ZL_INSIDE, {}});
+            if (pOption == pOutside) options.vZones.push_back({ZL_OUTSIDE, {}});
+            if (pOption == pGrow)
+                options.vZones.push_back({ZL_GROW, parseSeed(pGrow->results().at(numSeeds++))});
+        }
+        if (options.pOperation != nullptr && options.vZones.size() < 2)
+            throw CLI::ValidationError("--" + std::string(options.pOperation->name),
+                                       "needs two zones (--inside, --outside, --grow)");
+    });
+    return {pCommand, zones};
+}
+
+Command addCut(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand("cut", "Cut knives or a polygon through a triangulation");
+    pCommand
+        ->add_option(
+            "INPUT", options.input,
+            "Points as `triangulate` reads them, or segments as `constrain` does: a binary segment file, or "
+            "text named .seg")
+        ->required();
+    const CLI::Option* const pKnife =
+        addWords(*pCommand, "--knife", "X1,Y1,X2,Y2", parseKnife, "A segment to cut along");
+    const CLI::Option* const pCookieCutter = pCommand->add_option(
+        "--cookie-cutter", options.cookieCutterFile, "A file of segments, a simple polygon to cut out");
+    pCommand->add_flag("--keep-shape", options.bKeepShape,
+                       "Triangles are divided where they are cut, and stay as they are elsewhere");
+    pCommand->final_callback([=, &options] {
+        if (pKnife->count() == 0 && pCookieCutter->count() == 0)
+            throw CLI::RequiredError("--knife or --cookie-cutter");
+        for (const std::string& word : pKnife->results()) options.vKnives.push_back(parseKnife(word));
+    });
+    return {pCommand, cut};
 }
 
 void addCommonOptions(CLI::App& command, Options& options) {
     command.add_option("--ps", options.pictureFile,
                        "Draw the triangulation, constraints in red, to a PostScript file");
+    command.add_option("--obj", options.objFile, "Write the triangles to a Wavefront OBJ file");
     command
         .add_option("--threads", options.numThreads, "Threads; 0 means as many as the hardware runs at once")
         ->check(CLI::Range(0, 1024))
         ->capture_default_str();
     command.add_flag("--check", options.bCheck, "Check the result: constraints, links and empty circles");
     command.add_flag("--progress", options.bProgress, "Show the progress if standard error is a terminal");
+}
+
+int run(const std::vector<Command>& commands, const Options& options) {
+    const auto chosen = std::find_if(commands.begin(), commands.end(),
+                                     [](const Command& command) { return command.first->parsed(); });
+    return chosen->second(options);
 }
 
 }  // namespace
@@ -52,17 +172,16 @@ int main(int argc, char** argv) {
     CLI::App app("Exact two-dimensional Delaunay triangulation");
     app.set_version_flag("--version", getNorvik2DVersion());
     app.require_subcommand(1);
-    CLI::App* const pTriangulate = addTriangulate(app, options);
-    CLI::App* const pConstrain = addConstrain(app, options);
-    addCommonOptions(*pTriangulate, options);
-    addCommonOptions(*pConstrain, options);
+    const std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
+                                        addZones(app, options), addCut(app, options)};
+    for (const Command& command : commands) addCommonOptions(*command.first, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& reason) {
         return app.exit(reason) == 0 ? exitSuccess : exitUsage;
     }
     try {
-        return pConstrain->parsed() ? constrain(options) : triangulate(options);
+        return run(commands, options);
     } catch (const std::exception& reason) {
         std::cerr << reason.what() << std::endl;
         return exitFailure;

@@ -35,7 +35,7 @@ int triangulate(const Options& options) {
     mesh.setNumCPU(options.numThreads);
     const double seconds = doTimed(mesh, options, [&] { mesh.insert(points); });
     printSummary(mesh, points.size(), seconds);
-    if (!options.pictureFile.empty()) writePicture(mesh, options.pictureFile);
+    writeOutputs(mesh, nullptr, options);
     if (!options.pointsFile.empty()) writePoints(mesh, options.pointsFile);
     return checkIfAsked(mesh, options);
 }

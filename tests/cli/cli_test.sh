@@ -287,4 +287,158 @@ badSegmentsAreTold() {
     expect_constraints 1 0 1 0 0 0 0 3 1
 }
 
+# A square, four segments in a row, then another that overlaps it, out of order; and the domain around them.
+two_squares() {
+    printf '4 4 10 4\n10 4 10 10\n10 10 4 10\n4 10 4 4\n' >squares.seg
+    printf '8 6 14 6\n14 12 14 6\n14 12 8 12\n8 12 8 6\n' >>squares.seg
+    printf '0 0\n20 0\n20 20\n0 20\n' >domain.xy
+}
+
+# Name and area of a zone or result.
+expect_zone() { grep -qE "^$1[:,] area $2, triangles [0-9]+, border edges $3\$" out || fail "$1 of area $2 expected"; }
+
+zonesOfTwoRings() {
+    two_squares
+    local -rA areas=([union]='64 8' [intersection]='8 4' [difference]='28 6' [symmetric-difference]='56 12')
+    for operation in "${!areas[@]}"; do
+        run zones squares.seg --points domain.xy --inside --inside "--$operation" --check
+        expect_status 0
+        expect_line "rings: 2"
+        expect_line "segments in no ring: 0"
+        expect_line "points: 14"
+        expect_zone "zone 1, inside of ring 1" 36 6
+        expect_zone "zone 2, inside of ring 2" 36 6
+        read -r area border <<<"${areas[$operation]}"
+        expect_zone "$operation" "$area" "$border"
+        expect_silent_error
+    done
+    run zones squares.seg --inside --inside --difference --obj zone.obj --ps zone.ps
+    [[ $(grep -c '^v' zone.obj) -eq 6 && $(grep -c '^f' zone.obj) -eq 4 ]] || fail "an L of four triangles expected"
+    [[ $(grep -c 'fill$' zone.ps) -ge 1 ]] || fail "a picture expected"
+}
+
+zonesAreTakenInTheOrderOfTheCommandLine() {
+    two_squares
+    run zones squares.seg --points domain.xy --grow 9,9 --outside --grow 1,1 --inside --grow -1,-1 --intersection
+    expect_status 0
+    expect_zone "zone 1, around a seed" 8 4
+    expect_zone "zone 2, outside of ring 1" 364 10
+    expect_zone "zone 3, around a seed" 336 12
+    expect_zone "zone 4, inside of ring 2" 36 6
+    expect_zone "zone 5, around a seed" 0 0
+    expect_zone intersection 0 0
+}
+
+ringsAreFoundInAnyOrder() {
+    two_squares
+    # A square with a tail; then another one that has a side in common with it, and a ring of no area.
+    printf '10 10 4 10\n10 4 10 10\n4 4 10 4\n4 10 4 4\n8 6 8 6\n0 0 4 4\n' >loose.seg
+    run zones loose.seg
+    expect_line "rings: 1"
+    expect_line "segments in no ring: 1"
+    expect_line "degenerate: 1"
+    printf '10 4 16 4\n16 4 16 10\n16 10 10 10\n10 10 10 4\n20 0 22 0\n22 0 24 0\n24 0 20 0\n' >>loose.seg
+    run zones loose.seg
+    expect_status 0
+    expect_line "rings: 2"
+    expect_line "segments in no ring: 4"
+    expect_zone "ring 1: segments 4" 36 4
+    # Two triangles in one run that meets itself at a vertex.
+    printf '0 0 0 4\n0 4 2 2\n2 2 4 4\n4 4 4 0\n4 0 2 2\n2 2 0 0\n' >bow.seg
+    run zones bow.seg --inside
+    expect_zone "zone 1, inside of ring 1" 8 6
+    run zones "$data/coast_110m.seg" --check
+    expect_status 0
+    expect_line "rings: 124"
+    expect_line "and 104 more rings"
+}
+
+badZonesAreTold() {
+    two_squares
+    run zones squares.seg --inside --outside --inside
+    expect_status 1
+    expect_error "squares.seg: no ring 3 for a zone; 2 are closed, 0 segments are in none"
+    [[ ! -s out ]] || fail "nothing expected on standard output"
+    printf '0 0 4 0\n4 0 4 4\n4 4 0 3\n' >open.seg
+    run zones open.seg --inside
+    expect_status 1
+    expect_error "open.seg: no ring 1 for a zone; 0 are closed, 3 segments are in none"
+    printf '0 0 4 4\n4 4 4 0\n4 0 0 4\n0 4 0 0\n' >crossing.seg
+    run zones crossing.seg --inside
+    expect_status 1
+    expect_error "crossing.seg: ring 1 crosses itself, it has no inside"
+    printf '0 0 4 4\n' >line.seg
+    run zones line.seg --grow 1,1
+    expect_status 1
+    expect_error "line.seg: no zones, there are no triangles"
+    run zones squares.seg --grow 30,30 --obj empty.obj
+    expect_status 1
+    expect_error "empty.obj: not written, there are no triangles"
+    run zones squares.seg --inside --union
+    expect_status 2
+    expect_error "--union: needs two zones"
+    run zones squares.seg --inside --inside --union --difference
+    expect_status 2
+    for seed in 1 1,x 1,,2 1,2, 1,2,3 1,inf nan,0; do
+        run zones squares.seg --grow "$seed"
+        expect_status 2
+        expect_error "--grow: "
+    done
+}
+
+# The summary of `cut` but for the time: knives pieces missing added points before triangles.
+expect_cut() {
+    expect_status 0
+    local -r names=(knives "constraint pieces along them" "not enforced" "vertices added" points "triangles before"
+        triangles)
+    local i=0
+    for value in "$@"; do expect_line "${names[i++]}: $value"; done
+    expect_silent_error
+}
+
+knivesAreCounted() {
+    printf '0 0\n8 0\n12 12\n0 8\n' >kite.xy
+    for shape in "" --keep-shape; do
+        # One from corner to corner, across the diagonal, and one across both that begins outside.
+        run cut kite.xy --knife 0,0,12,12 --knife -2,2,7,2 --check $shape
+        expect_cut 2 7 0 6 10 2 13
+    done
+    printf '0 0 8 0\n8 0 8 8\n8 8 0 0\n' >triangle.seg
+    run cut triangle.seg --knife -1,-1,9,9 --check
+    expect_cut 1 3 0 2 5 1 3
+}
+
+polygonsAreCutOut() {
+    two_squares
+    head -n 4 squares.seg >cutter.seg
+    for shape in "" --keep-shape; do
+        run cut domain.xy --cookie-cutter cutter.seg --check $shape --obj cookie.obj
+        expect_cut 0 0 0 4 8 2 10
+        expect_zone "cut out" 36 4
+        [[ $(grep -c '^f' cookie.obj) -eq 2 ]] || fail "two triangles expected"
+    done
+}
+
+badCutsAreTold() {
+    two_squares
+    run cut domain.xy
+    expect_status 2
+    for knife in 0,0,1 0,0,1,x 1,1,1,1 0,0,1,1e999; do
+        run cut domain.xy --knife "$knife"
+        expect_status 2
+        expect_error "--knife: "
+    done
+    run cut domain.xy --cookie-cutter squares.seg
+    expect_status 1
+    expect_error "squares.seg: no simple polygon"
+    printf '30 30 40 30\n40 30 40 40\n40 40 30 30\n' >far.seg
+    run cut domain.xy --cookie-cutter far.seg
+    expect_status 1
+    expect_error "far.seg: nothing of domain.xy is inside"
+    printf '0 0\n1 1\n' >line.xy
+    run cut line.xy --knife 0,1,1,0
+    expect_status 1
+    expect_error "line.xy: nothing to cut, there are no triangles"
+}
+
 "$case_name"

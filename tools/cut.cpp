@@ -1,0 +1,133 @@
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <vector>
+
+#include "commands.h"
+#include "inputFiles.h"
+
+using namespace KELMAR_NORVIK2D;
+
+namespace {
+
+struct Result {
+    std::size_t numTrianglesBefore = 0;
+    std::size_t numPointsBefore = 0;
+    double seconds = 0.0;
+    Zone2* pCookie = nullptr;
+};
+
+/// What the knives have become.
+struct Chains {
+    std::size_t numPieces = 0;
+    std::size_t numBroken = 0;
+};
+
+Input readInput(const Options& options) {
+    Input input;
+    if (holdsSegments(options.input))
+        addSegments(options.input, input);
+    else
+        input.points = readPoints(options.input);
+    return input;
+}
+
+void triangulateInput(Norvik_2D& mesh, const Input& input) {
+    mesh.insert(input.points);
+    if (!input.segments.empty()) mesh.createConstraint(input.segments, CIS_CONSTRAINED_DELAUNAY);
+    if (mesh.is2D()) mesh.applyConstraintsAndZones();
+}
+
+/// The vertex at the point, or null.
+Point2* findVertex(Norvik_2D& mesh, const Point2& point) {
+    const Triangle2* const pTriangle = mesh.locate(point);
+    if (pTriangle == nullptr) return nullptr;
+    for (int i = 0; i < 3; ++i)
+        if (*pTriangle->getCorner(i) == point) return pTriangle->getCorner(i);
+    return nullptr;
+}
+
+/// The vertex behind that constraint edge at `pAt` which leads most nearly, and by less than a right angle off, towards `pTo`;
+/// null if there is none.
+Point2* followConstraint(Norvik_2D& mesh, Point2* pAt, const Point2* pTo) {
+    std::vector<Triangle2*> vTriangles;
+    mesh.getIncidentTriangles(pAt, vTriangles);
+    const double x = pTo->x() - pAt->x(), y = pTo->y() - pAt->y();
+    Point2* pBest = nullptr;
+    double best = 0.0;
+    for (const Triangle2* pTriangle : vTriangles)
+        for (int i = 0; i < 3; ++i) {
+            Point2* const pNext = pTriangle->getCorner(i);
+            if (pNext == pAt || !mesh.isConstraint(pAt, pNext)) continue;
+            const double dx = pNext->x() - pAt->x(), dy = pNext->y() - pAt->y();
+            const double cosine = (dx * x + dy * y) / std::hypot(dx, dy);
+            if (cosine <= best) continue;
+            best = cosine;
+            pBest = pNext;
+        }
+    return pBest;
+}
+
+/// A knife is a chain of constraints, from vertex to vertex next to its line (crossings are rounded). Walks along it.
+void followKnife(Norvik_2D& mesh, const Segment2& knife, Chains& chains) {
+    Point2* pAt = findVertex(mesh, knife.getSrc());
+    const Point2* const pEnd = findVertex(mesh, knife.getTrg());
+    while (pAt != nullptr && pEnd != nullptr && pAt != pEnd) {
+        pAt = followConstraint(mesh, pAt, pEnd);
+        if (pAt != nullptr) ++chains.numPieces;
+    }
+    if (pAt == nullptr || pEnd == nullptr) ++chains.numBroken;
+}
+
+Result cutAll(Norvik_2D& mesh, const Options& options, const std::vector<Segment2>& cookieCutter) {
+    Result result;
+    result.numTrianglesBefore = mesh.numberOfTriangles();
+    result.numPointsBefore = mesh.numberOfPoints();
+    result.seconds = doTimed(mesh, options, [&] {
+        if (!options.vKnives.empty()) mesh.cutTriangles(options.vKnives, options.bKeepShape);
+        if (!cookieCutter.empty())
+            result.pCookie = mesh.createZone_cookieCutter(cookieCutter, options.bKeepShape);
+    });
+    return result;
+}
+
+void printSummary(Norvik_2D& mesh, const Options& options, const Result& result) {
+    Chains chains;
+    for (const Segment2& knife : options.vKnives) followKnife(mesh, knife, chains);
+    std::cout << "knives: " << options.vKnives.size()
+              << "\nconstraint pieces along them: " << chains.numPieces
+              << "\nnot enforced: " << chains.numBroken
+              << "\nvertices added: " << mesh.numberOfPoints() - result.numPointsBefore
+              << "\npoints: " << mesh.numberOfPoints() << "\ntriangles before: " << result.numTrianglesBefore
+              << "\ntriangles: " << mesh.numberOfTriangles() << '\n';
+    if (result.pCookie != nullptr) std::cout << "cut out: " << describe(*result.pCookie) << '\n';
+    std::cout << "seconds: " << result.seconds << std::endl;
+}
+
+/// Of no length are only those that the library leaves out too.
+std::vector<Segment2> readCookieCutter(const Options& options) {
+    Input polygon;
+    if (options.cookieCutterFile.empty()) return {};
+    addSegments(options.cookieCutterFile, polygon);
+    if (polygon.segments.empty() || !isSimplePolygon(polygon.segments))
+        throw BadInput(options.cookieCutterFile + ": no simple polygon");
+    return polygon.segments;
+}
+
+}  // namespace
+
+int cut(const Options& options) {
+    const Input input = readInput(options);
+    const std::vector<Segment2> cookieCutter = readCookieCutter(options);
+    Norvik_2D mesh(static_cast<unsigned int>(input.points.size() + 2 * input.segments.size()));
+    mesh.setName(options.input);
+    mesh.setNumCPU(options.numThreads);
+    triangulateInput(mesh, input);
+    if (!mesh.is2D()) throw BadInput(options.input + ": nothing to cut, there are no triangles");
+    const Result result = cutAll(mesh, options, cookieCutter);
+    printSummary(mesh, options, result);
+    if (!cookieCutter.empty() && result.pCookie == nullptr)
+        throw BadInput(options.cookieCutterFile + ": nothing of " + options.input + " is inside");
+    writeOutputs(mesh, result.pCookie, options);
+    return checkIfAsked(mesh, options);
+}
