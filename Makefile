@@ -14,11 +14,11 @@ CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.c
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
 
-demo: ## triangulate the world's coastlines and draw them, in demo/
+demo: ## triangulate the world's coastlines, draw them, and fill the land, in demo/
 	$(DEPENDENCIES) demo
-	cmake --preset release
-	$(BUILD) --preset release --target norvik2d_tool
-	scripts/demo.sh build/release/tools/norvik2d demo
+	cmake --preset release -DNORVIK2D_BUILD_EXAMPLES=ON
+	$(BUILD) --preset release --target norvik2d_tool norvik2d_example_landAndSea
+	scripts/demo.sh build/release demo
 
 test: ## build and run all tests (PRESET=dev)
 	$(DEPENDENCIES) test

@@ -34,7 +34,7 @@ std::array<double, N> parseCoordinates(const std::string& text) {
 
 Segment2 parseKnife(const std::string& text) {
     const auto [x1, y1, x2, y2] = parseCoordinates<4>(text);
-    const Segment2 knife(Point2(x1, y1), Point2(x2, y2));
+    Segment2 knife(Point2(x1, y1), Point2(x2, y2));
     if (knife.getSrc() == knife.getTrg()) throw BadNumber(text + " has no length");
     return knife;
 }
