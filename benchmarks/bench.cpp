@@ -18,6 +18,7 @@
 #include "constraintRows.h"
 #include "pointSets.h"
 #include "table.h"
+#include "zoneRows.h"
 
 namespace {
 
@@ -196,8 +197,8 @@ std::vector<NamedRow> allRows() {
     std::vector<NamedRow> rows;
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
-    const std::vector<NamedRow> more = constraintRows();
-    rows.insert(rows.end(), more.begin(), more.end());
+    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows()})
+        rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;
 }
