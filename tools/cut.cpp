@@ -104,7 +104,7 @@ void printSummary(Norvik_2D& mesh, const Options& options, const Result& result)
     std::cout << "seconds: " << result.seconds << std::endl;
 }
 
-/// Of no length are only those that the library leaves out too.
+/// Empty if none is asked for. Segments of no length don't count.
 std::vector<Segment2> readCookieCutter(const Options& options) {
     Input polygon;
     if (options.cookieCutterFile.empty()) return {};
@@ -127,7 +127,8 @@ int cut(const Options& options) {
     const Result result = cutAll(mesh, options, cookieCutter);
     printSummary(mesh, options, result);
     if (!cookieCutter.empty() && result.pCookie == nullptr)
-        throw BadInput(options.cookieCutterFile + ": nothing of " + options.input + " is inside");
+        throw BadInput(options.cookieCutterFile + ": nothing is cut out, the polygon touches itself or " +
+                       options.input + " has nothing inside of it");
     writeOutputs(mesh, result.pCookie, options);
     return checkIfAsked(mesh, options);
 }

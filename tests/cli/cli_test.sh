@@ -434,7 +434,7 @@ badCutsAreTold() {
     printf '30 30 40 30\n40 30 40 40\n40 40 30 30\n' >far.seg
     run cut domain.xy --cookie-cutter far.seg
     expect_status 1
-    expect_error "far.seg: nothing of domain.xy is inside"
+    expect_error "far.seg: nothing is cut out, the polygon touches itself or domain.xy has nothing inside of it"
     printf '0 0\n1 1\n' >line.xy
     run cut line.xy --knife 0,1,1,0
     expect_status 1
