@@ -47,21 +47,23 @@ Point2* findVertex(Norvik_2D& mesh, const Point2& point) {
     return nullptr;
 }
 
-/// The vertex behind that constraint edge at `pAt` which leads most nearly, and by less than a right angle off, towards `pTo`;
-/// null if there is none.
+/// Of the vertices behind constraint edges at `pAt` that are nearer to `pTo`, the one that lies most nearly in its direction; null
+/// if there is none.
 Point2* followConstraint(Norvik_2D& mesh, Point2* pAt, const Point2* pTo) {
     std::vector<Triangle2*> vTriangles;
     mesh.getIncidentTriangles(pAt, vTriangles);
-    const double x = pTo->x() - pAt->x(), y = pTo->y() - pAt->y();
+    const Vector2 way(*pAt, *pTo);
     Point2* pBest = nullptr;
-    double best = 0.0;
+    double best = -1.0;
     for (const Triangle2* pTriangle : vTriangles)
         for (int i = 0; i < 3; ++i) {
             Point2* const pNext = pTriangle->getCorner(i);
             if (pNext == pAt || !mesh.isConstraint(pAt, pNext)) continue;
-            const double dx = pNext->x() - pAt->x(), dy = pNext->y() - pAt->y();
-            const double cosine = (dx * x + dy * y) / std::hypot(dx, dy);
-            if (cosine <= best) continue;
+            const Vector2 step(*pAt, *pNext), rest(*pNext, *pTo);
+            const double cosine = (step.x() * way.x() + step.y() * way.y()) /
+                                  (std::hypot(step.x(), step.y()) * std::hypot(way.x(), way.y()));
+            // Each step leads nearer: so the walk ends.
+            if (cosine <= best || std::hypot(rest.x(), rest.y()) >= std::hypot(way.x(), way.y())) continue;
             best = cosine;
             pBest = pNext;
         }
