@@ -12,7 +12,7 @@
 namespace KELMAR_NORVIK2D {
 
 /// Which of many records of a pool are in a set: a bit for each place in memory where one may begin, in pages, so that the
-/// bits of a million records stay in the cache. Null is in no set.
+/// bits of a million records stay in the cache. Null is in no set. For the triangles of a known mesh see TriangleMarks.
 template <class Record>
 class AddressSet {
 public:

@@ -382,12 +382,7 @@ void ConstraintGraph2::getOriginalConstraintSegments(Segments& out) const {
 }
 
 void ConstraintGraph2::getChildConstraintSegments(Segments& out) const {
-    for (ConstraintSegment2* pParent : vCSegParents) {
-        if (pParent->isAlive())
-            out.push_back(pParent);
-        else
-            pParent->getChildrenRec(out);
-    }
+    for (ConstraintSegment2* pParent : vCSegParents) pParent->getAlivePieces(out);
     std::sort(out.begin(), out.end(), ByAddress{});
     out.erase(std::unique(out.begin(), out.end()), out.end());
 }

@@ -392,12 +392,7 @@ namespace {
 std::vector<ConstraintSegment2*> alivePiecesOf(const ConstraintGraph2& graph) {
     std::vector<ConstraintSegment2*> vSegments, vPieces;
     graph.getOriginalConstraintSegments(vSegments);
-    for (ConstraintSegment2* pSegment : vSegments) {
-        if (pSegment->isAlive())
-            vPieces.push_back(pSegment);
-        else
-            pSegment->getChildrenRec(vPieces);
-    }
+    for (ConstraintSegment2* pSegment : vSegments) pSegment->getAlivePieces(vPieces);
     return vPieces;
 }
 

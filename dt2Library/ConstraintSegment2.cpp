@@ -113,6 +113,13 @@ void ConstraintSegment2::getChildrenRec(std::vector<ConstraintSegment2*>& out) c
     }
 }
 
+void ConstraintSegment2::getAlivePieces(std::vector<ConstraintSegment2*>& out) {
+    if (isAlive())
+        out.push_back(this);
+    else
+        getChildrenRec(out);
+}
+
 void ConstraintSegment2::getChildrenAndSplitPoint(ConstraintSegment2*& pChild0, ConstraintSegment2*& pChild1,
                                                   Point2*& pSplit) const {
     if (isAlive()) {

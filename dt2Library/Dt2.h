@@ -35,8 +35,9 @@ class Visualizer2;
 /// destroyed.
 ///
 /// Laws:
-///  1. Between two public calls the mesh is Delaunay, but across constraints and where triangles had to keep their shape
-///     (bWasFrozen), and obeys the laws of Triangle2; its outline is convex.
+///  1. Between two public calls the mesh obeys the laws of Triangle2, its outline is convex, and it is Delaunay but across
+///     constraints; also elsewhere it needn't be any more where a cut kept triangles in shape, or diagonals of grids were turned
+///     (bMayLackDelaunay).
 ///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
 ///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
 ///  4. vCheckT and vRound are empty between insertions, the other scratch lists hold leftovers. All keep their
@@ -103,6 +104,8 @@ public:
     /// Exchanges the diagonal across an edge without testing anything. The corner opposite that edge becomes
     /// corner 0 of both triangles.
     void flip(Triangle2* pT, int edge);
+    /// To be called by who flips against the Delaunay property.
+    void expectLackOfDelaunay() noexcept { bMayLackDelaunay = true; }
     /// Whether the edge is no constraint and the quadrilateral around it is strictly convex.
     bool canBeFlipped(const Triangle2* pT, int edge);
 
@@ -243,13 +246,14 @@ public:
     Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints);
     void deleteZone(Zone2* pZone);
     /// Appends, for each seed, the triangles that can be reached from it without crossing the graphs, ordered by address.
-    /// Nothing for a seed that isn't strictly inside the hull.
+    /// Nothing for a seed outside the hull or inside of a hull edge.
     void growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std::vector<Point2>& vSeeds,
                       std::vector<Triangle2*>& out) const;
 
     // Dt2_cat_cutt.cpp: knives
 
-    /// Makes chains of constraints of the knives. Appends their pieces knife by knife, each from the end of lower address.
+    /// Makes chains of constraints of the knives. Appends their pieces knife by knife, from the end of lower address; what was
+    /// divided meanwhile comes as its pieces, in the order of the records. Later knives may divide pieces of earlier ones.
     void CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints,
                            std::vector<ConstraintSegment2*>& vPieces);
     /// Finds what a knife meets: enters it into the knife and into the edges.
@@ -303,7 +307,7 @@ private:
     // Dt2_cat_cutt.cpp
     void protectShape(const std::vector<CUTT_KnifeStruct>& vKnives,
                       const CUTT_IntersectedEdges& mIntersectedEdges);
-    void makeConstraintsOf(std::vector<VertexPair2>& vEdges);
+    void makeConstraintsOf(const std::vector<VertexPair2>& vEdges);
     bool meets(const VertexPair2& edge, const Point2& a, const Point2& b, CUTT_KnifeStruct& knife,
                CUTT_IntersectedEdges& mIntersectedEdges);
     bool divideAt(ConstraintSegment2* pCSeg, const std::vector<Point2*>& vSplits, Point2* pEnd);
@@ -350,8 +354,8 @@ private:
     std::vector<Triangle2*> recycledTriangles;  ///< dead triangles for reuse, a stack
     bool bMultithreadingEnabled = false;
     std::string name;
-    bool bNoFlips = false;    ///< knife cutting keeps the mesh in shape
-    bool bWasFrozen = false;  ///< and leaves one that needn't be Delaunay where it has cut
+    bool bNoFlips = false;          ///< knife cutting keeps the mesh in shape
+    bool bMayLackDelaunay = false;  ///< see law 1
     Progress progress;
     ConstraintMgr constraintMgr{this};
     InnerVtxMgr innerVtxMgr;

@@ -3,8 +3,9 @@
 #include <optional>
 #include <utility>
 
+#include "AddressSet.h"
 #include "Dt2.h"
-#include "FlatTable.h"
+#include "TriangleMarks.h"
 #include "byAddress.h"
 #include "diagnostics.h"
 #include "distance.h"
@@ -65,7 +66,7 @@ void Dt2::CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithCo
     std::optional<FlagScope> frozen;
     if (bWithConstraints) {
         frozen.emplace(bNoFlips);
-        bWasFrozen = true;
+        bMayLackDelaunay = true;
         protectShape(vKnives, mIntersectedEdges);
     }
     CUTT_RoundedPoints mRoundedPoints;
@@ -101,10 +102,7 @@ void Dt2::CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithCo
 void Dt2::appendAlivePieces(Point2* p, Point2* q, std::vector<ConstraintSegment2*>& vPieces) const {
     ConstraintSegment2* const pCSeg = constraintMgr.findConstraintSegment(p, q);
     require(pCSeg != nullptr, "pCSeg!=__null");
-    if (pCSeg->isAlive())
-        vPieces.push_back(pCSeg);
-    else
-        pCSeg->getChildrenRec(vPieces);
+    pCSeg->getAlivePieces(vPieces);
 }
 
 // ------------------------------------------------------------------------------------- what the knives meet
@@ -114,11 +112,9 @@ void Dt2::CUTT_getIntersections(CUTT_KnifeStruct& knife, CUTT_IntersectedEdges& 
     coverByPredicates(knife.trg);
     const Point2 a = std::min(knife.src, knife.trg), b = std::max(knife.src, knife.trg);
     std::vector<Triangle2*> vOpen;
-    FlatTable<const Triangle2*> sVisited;
+    TriangleSet sVisited;
     const auto visit = [&](Triangle2* pT) {
-        const auto [pEntry, bNew] = sVisited.insert(static_cast<const Triangle2*>(pT));
-        *pEntry = pT;
-        if (bNew) vOpen.push_back(pT);
+        if (sVisited.insert(pT)) vOpen.push_back(pT);
     };
     if (Triangle2* const pStartT = locate(a)) {
         visit(pStartT);
@@ -204,7 +200,7 @@ void Dt2::protectShape(const std::vector<CUTT_KnifeStruct>& vKnives,
 }
 
 /// Makes records of the edges that have none.
-void Dt2::makeConstraintsOf(std::vector<VertexPair2>& vEdges) {
+void Dt2::makeConstraintsOf(const std::vector<VertexPair2>& vEdges) {
     std::vector<ConstraintMgr::PointPair> vPairs;
     for (const VertexPair2& edge : vEdges)
         if (!isConstraint(edge.getVtx0(), edge.getVtx1()))
@@ -214,27 +210,26 @@ void Dt2::makeConstraintsOf(std::vector<VertexPair2>& vEdges) {
 }
 
 void Dt2::CUTT_turnConflictZoneIntoConstraints(const std::vector<Point2>& vPoints) {
-    std::vector<Triangle2*> vZone;
+    TriangleMarks conflictZone(trianglePool);
+    std::vector<Triangle2*> vOpen, vZone;
     for (const Point2& point : vPoints) {
         Triangle2* const pStartT = locate(point);
         if (pStartT == nullptr) continue;
-        FlatTable<const Triangle2*> sSeen;
-        *sSeen.insert(static_cast<const Triangle2*>(pStartT)).first = pStartT;
-        // The end of the list is the flood's stack.
-        std::size_t numDone = vZone.size();
-        for (vZone.push_back(pStartT); numDone < vZone.size(); ++numDone) {
+        TriangleSet sSeen({pStartT});
+        vOpen.assign(1, pStartT);
+        while (!vOpen.empty()) {
+            const Triangle2* const pT = vOpen.back();
+            vOpen.pop_back();
+            conflictZone.insert(pT);
             for (int i = 0; i < 3; ++i) {
-                Triangle2* const pNext = neighbour(vZone[numDone], i);
-                if (pNext == nullptr) continue;
-                const auto [pEntry, bNew] = sSeen.insert(static_cast<const Triangle2*>(pNext));
-                *pEntry = pNext;
-                if (bNew && predicates.circleInc3state(pNext, &point) != CINC2_OUTCIRCLE)
-                    vZone.push_back(pNext);
+                Triangle2* const pNext = neighbour(pT, i);
+                if (pNext != nullptr && sSeen.insert(pNext) &&
+                    predicates.circleInc3state(pNext, &point) != CINC2_OUTCIRCLE)
+                    vOpen.push_back(pNext);
             }
         }
     }
-    std::sort(vZone.begin(), vZone.end(), ByAddress{});
-    vZone.erase(std::unique(vZone.begin(), vZone.end()), vZone.end());
+    conflictZone.appendTo(vZone);
     std::vector<VertexPair2> vEdges;
     for (const Triangle2* pT : vZone) appendEdgesOf(pT, vEdges);
     makeConstraintsOf(vEdges);
@@ -273,7 +268,9 @@ void Dt2::CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vecto
     std::vector<std::pair<double, Point2*>> vByDistance;
     for (Point2* pVtx : vInner)
         if (pVtx != pStart && pVtx != pEnd) vByDistance.emplace_back(squaredDistance(*pStart, *pVtx), pVtx);
-    std::sort(vByDistance.begin(), vByDistance.end());
+    std::sort(vByDistance.begin(), vByDistance.end(), [](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first < b.first : ByAddress{}(a.second, b.second);
+    });
     const auto first = static_cast<std::ptrdiff_t>(vSorted.size());
     vSorted.push_back(pStart);
     for (const auto& [squaredLength, pVtx] : vByDistance) vSorted.push_back(pVtx);

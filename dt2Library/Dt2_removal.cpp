@@ -65,12 +65,12 @@ void Dt2::remove(Point2* pVtx) {
         restoreFlippedConstraints();
         return;
     }
-    if (!bWasFrozen) detachSurroundings(pVtx);
+    if (!bMayLackDelaunay) detachSurroundings(pVtx);
     reduceDegree(pVtx);
     collapseDegreeThree(pVtx);
     std::swap(vRound, vUmbrellaT);
     flipRoundsUntilDelaunay(true);
-    if (!bWasFrozen) attachSurroundings();
+    if (!bMayLackDelaunay) attachSurroundings();
     removedVertices.push_back(pVtx);
     vertexVault.removeAndInvalidateVtx(pVtx);
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "ConstraintGraph2.h"
 #include "Dt2.h"
@@ -123,10 +124,6 @@ void Dt2::growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std:
         int edge = -1;
         const int code = walkToConflict(engine, &seed, pStartT, edge);
         if (code != LOCATE_INSIDE && code != LOCATE_DUPLICATE) continue;
-        if (pStartT == nullptr) {
-            warning("Dt2::growZoneArea()", "pStartT==NULL, no triangles");
-            continue;
-        }
         vStart.assign(1, pStartT);
         flood(vStart, walls, marks);
         marks.appendTo(out);
@@ -176,10 +173,10 @@ bool Dt2::findSeedAndBorder(const std::vector<Triangle2*>& vComponent, Point2& s
     for (const Triangle2* pT : vComponent) {
         if (!bSeedFound) {
             seed = pT->getBarycenter();
-            bSeedFound = true;
+            bSeedFound = isFinite(seed);
             for (int i = 0; i < 3; ++i)
-                bSeedFound &=
-                    predicates.getOrientation2(corner(pT, i), corner(pT, ccw(i)), &seed) == ORIENTATION2_CCW;
+                bSeedFound = bSeedFound && predicates.getOrientation2(corner(pT, i), corner(pT, ccw(i)),
+                                                                      &seed) == ORIENTATION2_CCW;
         }
         for (int i = 0; i < 3; ++i) {
             const Triangle2* const pNeighbour = neighbour(pT, i);
@@ -212,9 +209,8 @@ Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool
     }
     std::vector<Edge2*> vHullEdgePointers;
     for (Edge2& edge : vHullEdges) vHullEdgePointers.push_back(&edge);
-    createConstraint(vHullEdgePointers, CIS_CONSTRAINED_DELAUNAY);
-    std::vector<Point2*> vOutsideVertices;
-    insertVector(vOutside, &vOutsideVertices);
+    ConstraintGraph2* const pOldHull = createConstraint(vHullEdgePointers, CIS_CONSTRAINED_DELAUNAY);
+    insertVector(vOutside, nullptr);
 
     std::vector<ConstraintSegment2*> vPieces;
     CUTT_cutTriangles(vSegments, bWithConstraints, vPieces);
@@ -227,14 +223,16 @@ Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool
 
     std::vector<Triangle2*> vTriangles;
     pInside->getTriangles(vTriangles);
-    std::sort(vOutsideVertices.begin(), vOutsideVertices.end(), ByAddress{});
-    std::erase_if(vTriangles, [&](const Triangle2* pT) {
-        bool bOutside = false;
-        for (int i = 0; i < 3; ++i)
-            bOutside |= std::binary_search(vOutsideVertices.begin(), vOutsideVertices.end(), corner(pT, i),
-                                           ByAddress{});
-        return bOutside;
-    });
+    if (pOldHull != nullptr) {
+        // Also without those beyond the old hull whose corners are crossings all.
+        std::vector<Triangle2*> vOldMesh, vBoth;
+        Zone2(this, ZL_INSIDE, pOldHull).getTriangles(vOldMesh);
+        std::set_intersection(vTriangles.begin(), vTriangles.end(), vOldMesh.begin(), vOldMesh.end(),
+                              std::back_inserter(vBoth), ByAddress{});
+        vTriangles.swap(vBoth);
+    } else if (!vOutside.empty()) {
+        return nullptr;  // there was no mesh
+    }
     if (vTriangles.empty()) return nullptr;
     Zone2* const pZone = createZone(vTriangles);
     return pZone == nullptr ? nullptr : pZone->convertToBoundedZone();

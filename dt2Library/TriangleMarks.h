@@ -16,7 +16,8 @@
 
 namespace KELMAR_NORVIK2D {
 
-/// A set of triangles of one mesh that is read in the order of addresses: one bit for each record of the pool.
+/// A set of triangles of one mesh that is read in the order of addresses: one bit for each record of the pool. Where the mesh
+/// isn't known, AddressSet does the same at a somewhat higher price, without an order.
 ///
 /// Memory that nobody has touched yet costs nothing, and a word above tells which words may hold bits: so a set of a few
 /// triangles in a large mesh is cheap too.
@@ -32,6 +33,8 @@ public:
             stretch.firstBit = numBits;
             numBits += stretch.numRecords;
         }
+        for (const Stretch& stretch : vStretches)
+            if (stretch.numRecords > largest.numRecords) largest = stretch;
         pWords = zeros(numWordsFor(numBits));
         numSummaryWords = numWordsFor(numWordsFor(numBits));
         pSummary = zeros(numSummaryWords);
@@ -114,17 +117,25 @@ private:
                 visit(i * wordSize + firstBitOf(used));
     }
 
+    /// Of a triangle of the pool.
     std::size_t bitOf(const Triangle2* pT) const noexcept {
-        for (const Stretch& stretch : vStretches) {
-            const auto distance =
-                reinterpret_cast<std::uintptr_t>(pT) - reinterpret_cast<std::uintptr_t>(stretch.pFirst);
-            const std::size_t index = distance / sizeof(Triangle2);
-            if (index < stretch.numRecords) return stretch.firstBit + index;
-        }
-        __builtin_unreachable();  // all triangles of the mesh are in its pool
+        const std::size_t index = indexIn(largest, pT);
+        if (index < largest.numRecords) return largest.firstBit + index;
+        const auto isBefore = [](const Triangle2* p, const Stretch& stretch) {
+            return ByAddress{}(p, stretch.pFirst);
+        };
+        const Stretch& stretch = *(std::upper_bound(vStretches.begin(), vStretches.end(), pT, isBefore) - 1);
+        return stretch.firstBit + indexIn(stretch, pT);
+    }
+
+    static std::size_t indexIn(const Stretch& stretch, const Triangle2* pT) noexcept {
+        // Integers, because pointers into different blocks can't be subtracted.
+        return (reinterpret_cast<std::uintptr_t>(pT) - reinterpret_cast<std::uintptr_t>(stretch.pFirst)) /
+               sizeof(Triangle2);
     }
 
     std::vector<Stretch> vStretches;  ///< the pool's records, ordered by address
+    Stretch largest{};                ///< of them: most questions end here
     Words pWords;
     Words pSummary;  ///< a bit for each word that has, or had, bits
     std::size_t numSummaryWords = 0;

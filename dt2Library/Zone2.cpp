@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <iterator>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "ConstraintGraph2.h"
 #include "ConstraintSegment2.h"
@@ -21,6 +22,7 @@
 #include "require.h"
 #include "roundingMode.h"
 #include "standardOutput.h"
+#include "tools.h"
 #include "zoneFlood.h"
 
 namespace KELMAR_NORVIK2D {
@@ -151,16 +153,50 @@ void Zone2::bfsFromWorkspace(std::vector<Triangle2*>& vWorkspace, std::vector<Tr
     marks.appendTo(out);
 }
 
+/// Results may be made of results to any depth, and a zone be an operand of many: operands are computed before what is made of
+/// them, each once, and forgotten when nobody needs them any more.
 void Zone2::getTriangles_RESULT(std::vector<Triangle2*>& out) const {
-    // Made for an operation that was never carried out: nothing is combined.
-    if (vInputZones.size() < 2) return;
-    std::vector<Triangle2*> vOperands[2];
-    for (std::size_t i = 0; i < 2; ++i) {
-        vInputZones[i]->getTriangles(vOperands[i]);
-        if (!std::is_sorted(vOperands[i].begin(), vOperands[i].end(), ByAddress{}))
-            std::sort(vOperands[i].begin(), vOperands[i].end(), ByAddress{});
+    struct Operand {
+        std::vector<Triangle2*> vTriangles;
+        std::size_t numUses = 0;
+    };
+    std::map<const Zone2*, Operand> mOperands;
+    std::vector<std::pair<const Zone2*, bool>> vOpen{
+        {this, false}};  // and whether its operands have been computed
+    while (!vOpen.empty()) {
+        const auto [pZone, bReady] = vOpen.back();
+        vOpen.pop_back();
+        // Made for an operation that was never carried out: nothing is combined.
+        const bool bIsResult = !pZone->vInputZones.empty();
+        if (!bReady) {
+            const auto [it, bNew] = mOperands.try_emplace(pZone);
+            ++it->second.numUses;
+            if (!bNew) continue;
+            vOpen.emplace_back(pZone, true);
+            for (const Zone2* pInput : pZone->vInputZones) vOpen.emplace_back(pInput, false);
+            continue;
+        }
+        std::vector<Triangle2*> vTriangles;
+        if (bIsResult) {
+            const auto first = mOperands.find(pZone->vInputZones[0]),
+                       second = mOperands.find(pZone->vInputZones[1]);
+            pZone->combine(first->second.vTriangles, second->second.vTriangles, vTriangles);
+            for (const auto it : {first, second})
+                if (--it->second.numUses == 0) it->second.vTriangles = {};
+        } else if (pZone->zoneLoc < ZL_RESULT_UNION || pZone->zoneLoc > ZL_RESULT_SYM_DIFFERENCE) {
+            pZone->getTriangles(vTriangles);
+            if (!std::is_sorted(vTriangles.begin(), vTriangles.end(), ByAddress{}))
+                std::sort(vTriangles.begin(), vTriangles.end(), ByAddress{});
+        }
+        mOperands[pZone].vTriangles = std::move(vTriangles);
     }
-    const auto& [v0, v1] = vOperands;
+    const std::vector<Triangle2*>& vResult = mOperands[this].vTriangles;
+    out.insert(out.end(), vResult.begin(), vResult.end());
+}
+
+/// Carries out the operation on ordered triangles.
+void Zone2::combine(const std::vector<Triangle2*>& v0, const std::vector<Triangle2*>& v1,
+                    std::vector<Triangle2*>& out) const {
     const auto result = std::back_inserter(out);
     switch (zoneLoc) {
         case ZL_RESULT_UNION:
@@ -210,35 +246,23 @@ Bbox2 Zone2::getBoundingBox() const {
 
 // --------------------------------------------------------------------------------------------------- border
 
-/// Visits the sides of the triangles beyond which none of them lies.
-template <class Visit>
-void Zone2::visitBoundary(const std::vector<Triangle2*>& vTriangles, Visit visit) const {
-    TriangleMarks marks(pDt->getTrianglePool());
-    for (const Triangle2* pT : vTriangles) marks.insert(pT);
-    for (Triangle2* pT : vTriangles)
-        for (int i = 0; i < 3; ++i)
-            if (neighbour(pT, i) == nullptr || !marks.contains(neighbour(pT, i))) visit(pT, i);
-}
-
 void Zone2::getBoundaryEdges(std::vector<Edge2>& out) const {
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
-    visitBoundary(vTriangles, [&](Triangle2* pT, int i) { out.emplace_back(pT, i); });
+    visitBorders(vTriangles, [&](Triangle2* pT, int i) { out.emplace_back(pT, i); });
 }
 
 void Zone2::getBorderEdges(std::vector<Edge2>& out) const {
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
     std::sort(vTriangles.begin(), vTriangles.end(), ByAddress{});
-    visitBoundary(vTriangles, [&](Triangle2* pT, int i) { out.emplace_back(pT, i); });
+    visitBorders(vTriangles, [&](Triangle2* pT, int i) { out.emplace_back(pT, i); });
 }
 
 void Zone2::getBoundarySegments(std::vector<Segment2>& out) const {
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
-    visitBoundary(vTriangles, [&](const Triangle2* pT, int i) {
-        out.emplace_back(*corner(pT, ccw(i)), *corner(pT, cw(i)));
-    });
+    getBorders_tools(vTriangles, out);
 }
 
 Zone2* Zone2::convertToBoundedZone() {
@@ -255,7 +279,7 @@ Zone2* Zone2::convertToBoundedZone() {
     TriangleMarks marks(pDt->getTrianglePool());
     std::erase_if(vTriangles, [&](const Triangle2* pT) { return !marks.insert(pT); });
     std::vector<Edge2> vEdges;
-    visitBoundary(vTriangles, [&](Triangle2* pT, int i) { vEdges.emplace_back(pT, i); });
+    visitBorders(vTriangles, [&](Triangle2* pT, int i) { vEdges.emplace_back(pT, i); });
     return pDt->createZone(vEdges, ZL_BOUNDED);
 }
 
@@ -324,6 +348,7 @@ void Zone2::unifyGrid(double tolerance) {
             continue;
         sFlippedDiagonals.insert({c, d});
         pDt->flip(pT0, i0);
+        if (tolerance > 0) pDt->expectLackOfDelaunay();
     }
 }
 
@@ -361,10 +386,11 @@ void Zone2::show(Visualizer2* pVisualizer, bool bShowFull, bool bWithConstraints
         pDt->show(pVisualizer, bWithConstraints);
         return;
     }
+    const ConstraintMgr& constraints = *pDt->getConstraintManager();
     std::vector<VertexPair2> vPairs;
     getVertexPairs(vTriangles, vPairs);
     for (const VertexPair2& pair : vPairs) {
-        const bool bRed = bWithConstraints && pDt->isConstraint(pair.getVtx0(), pair.getVtx1());
+        const bool bRed = bWithConstraints && constraints.isConstraint(pair.getVtx0(), pair.getVtx1());
         pVisualizer->addObject(
             Segment2(*pair.getVtx0(), *pair.getVtx1()),
             bRed ? Color(COLORNAME_RED, 0.5F, false) : Color(COLORNAME_BLACK, 0.001F, false));

@@ -158,7 +158,9 @@ void generateRandomPolygon(std::size_t numSegments, double min, double max, std:
         return;
     }
 
-    for (unsigned numAttempts = 0;; ++numAttempts) {
+    // Each attempt has more points; where it takes so many, there is no room for the polygon.
+    constexpr unsigned mostAttempts = 1000;
+    for (unsigned numAttempts = 0; numAttempts < mostAttempts; ++numAttempts) {
         std::vector<Point2> points;
         generateRandomPoints(4 * numSegments + std::size_t{50} * numAttempts, low, high, points,
                              seed + numAttempts);
@@ -172,6 +174,7 @@ void generateRandomPolygon(std::size_t numSegments, double min, double max, std:
         sortRing(segments);
         return;
     }
+    warning("generateRandomPolygon()", "no polygon of that many segments found in the range, nothing done");
 }
 
 void generateCircle(int numPoints, double x, double y, double radiusX, double radiusY,

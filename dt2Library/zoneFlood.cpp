@@ -10,12 +10,7 @@ Walls::Walls(const std::vector<ConstraintGraph2*>& vGraphs) {
     for (const ConstraintGraph2* pGraph : vGraphs) {
         if (pGraph == nullptr) continue;
         pGraph->getOriginalConstraintSegments(vOriginals);
-        for (ConstraintSegment2* pOriginal : vOriginals) {
-            if (pOriginal->isAlive())
-                vPieces.push_back(pOriginal);
-            else
-                pOriginal->getChildrenRec(vPieces);
-        }
+        for (ConstraintSegment2* pOriginal : vOriginals) pOriginal->getAlivePieces(vPieces);
     }
     sPieces.reserve(vPieces.size());
     for (const ConstraintSegment2* pPiece : vPieces) {

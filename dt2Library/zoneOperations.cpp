@@ -24,8 +24,10 @@ Zone2* combine(Zone2* pZone0, Zone2* pZone1, ZoneLocation zoneLoc, const char* s
     return pDt->createZone(zoneLoc, pZone0, pZone1);
 }
 
-void printSize(const char* title, const Zone2& zone) {
-    print(compose(title, "\n numT=", zone.getNumberOfTriangles(), "\n area2D=", zone.getArea2D(), "\n"));
+void printSize(const char* title, const std::vector<Triangle2*>& vTriangles) {
+    double area = 0.0;
+    for (const Triangle2* pT : vTriangles) area += pT->getArea2D();
+    print(compose(title, "\n numT=", vTriangles.size(), "\n area2D=", area, "\n"));
 }
 
 }  // namespace
@@ -58,7 +60,7 @@ Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose) {
     Dt2* const pDt = pZone->getDelaunayTriangulation();
     std::vector<Triangle2*> vTriangles;
     pZone->getTriangles(vTriangles);
-    if (bVerbose) printSize("\nZone2::peelOffIf(), original Zone:", *pZone);
+    if (bVerbose) printSize("\nZone2::peelOffIf(), original Zone:", vTriangles);
     if (vTriangles.empty()) {
         warning("peelOffIf()", "Input zone is empty, returning NULL");
         return nullptr;
@@ -81,7 +83,11 @@ Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose) {
     if (marks.size() == 0) return nullptr;
     marks.appendTo(vLeft);
     Zone2* const pResult = pDt->createZone(vLeft);
-    if (bVerbose && pResult != nullptr) printSize("Output Zone:", *pResult);
+    if (bVerbose && pResult != nullptr) {
+        vLeft.clear();
+        pResult->getTriangles(vLeft);
+        printSize("Output Zone:", vLeft);
+    }
     return pResult;
 }
 

@@ -76,6 +76,8 @@ public:
     /// Appends the alive leaves below a divided record, those of child 0 first: not the order along the line (for that see
     /// ConstraintGraph2::getAliveConstraintChain).
     void getChildrenRec(std::vector<ConstraintSegment2*>& out) const;
+    /// The same for a divided record; appends an alive one itself.
+    void getAlivePieces(std::vector<ConstraintSegment2*>& out);
     /// The two children and the vertex that they share. For an alive record a warning, and the arguments stay.
     void getChildrenAndSplitPoint(ConstraintSegment2*& pChild0, ConstraintSegment2*& pChild1,
                                   Point2*& pSplit) const;

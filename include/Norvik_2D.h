@@ -135,13 +135,14 @@ public:
     // Zones
 
     /// A zone to the left (ZL_INSIDE, ZL_BOUNDED) or to the right (ZL_OUTSIDE) of an oriented graph. ZL_GLOBAL needs no graph.
-    /// Null, with a warning, if there are no triangles, for a null graph and for one without orientation; ZL_GROW, which needs
+    /// Null, with a message, if there are no triangles, for a null graph and for one without orientation; ZL_GROW, which needs
     /// a seed, ends in a NorvikException. `bVerbose` adds a warning to a null result, here and below.
     ///
     /// All zones stay the triangulation's.
     Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, bool bVerbose = true);
-    /// A zone of kind ZL_GROW (others give a warning and null): what can be reached from the triangle around the seed without
-    /// crossing a piece of the graphs, whatever their direction. A seed outside the hull or on it reaches nothing.
+    /// A zone of kind ZL_GROW (others give a message and null): what can be reached from the triangle around the seed without
+    /// crossing a piece of the graphs, whatever their direction. A seed outside the hull, or inside of a hull edge, reaches
+    /// nothing.
     Zone2* createZone(ConstraintGraph2* pGraph, ZoneLocation zoneLoc, const Point2& seed,
                       bool bVerbose = true);
     Zone2* createZone(const std::vector<ConstraintGraph2*>& vGraphs, ZoneLocation zoneLoc, const Point2& seed,
@@ -152,8 +153,9 @@ public:
 
     /// Cuts a simple polygon, in any direction, out of the triangulation: a zone of kind ZL_BOUNDED of what lies inside of both the
     /// polygon and the convex hull as it was. With `bWithConstraints` the triangles keep their shape, see cutTriangles().
-    /// Vertices of the polygon outside the hull are inserted, and the old hull becomes a constraint then. Null if the segments
-    /// are no simple polygon, when nothing is changed, or if nothing is inside.
+    /// Vertices of the polygon outside the hull are inserted, and the old hull becomes a constraint then; otherwise a warning
+    /// tells that it doesn't. Null if the segments cross or aren't closed, when nothing is changed, and if they are several
+    /// rings or nothing is inside, when they are cut into the mesh all the same.
     Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints);
 
     /// Destroys a zone. Its graphs, its operands and the mesh stay. A pointer that is no zone of this triangulation (any more)
@@ -165,7 +167,8 @@ public:
     /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep
     /// their shape: edges that are crossed are split at the crossings, and edges around the cut become constraints, which
     /// ensures that none of them moves. Otherwise the crossings are inserted as vertices like any others. Crossings within 1e-5
-    /// of a vertex fall on it. A warning, and nothing is changed, if there are no triangles or no segments with a length.
+    /// of a vertex fall on it. Beyond 1e150 in magnitude the crossings on a segment may be taken in a wrong order. A warning, and
+    /// nothing is cut, if there are no triangles or no segments with a length.
     void cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints);
     /// The same with one segment.
     void cutTriangles(const Point2& p0, const Point2& p1, bool bWithConstraints);

@@ -18,7 +18,7 @@ class Dt2;
 class Visualizer2;
 
 /// How a zone finds its triangles.
-enum ZoneLocation {
+enum ZoneLocation : int {
     ZL_GLOBAL = 0,                 ///< all triangles
     ZL_INSIDE = 1,                 ///< what lies to the left of the directed pieces of the graphs
     ZL_OUTSIDE = 2,                ///< what lies to the right of them
@@ -86,7 +86,7 @@ public:
 
     /// A zone of the same triangles that is bounded by one graph made of the zone's border, which quality meshing asks for; a
     /// zone of kind ZL_INSIDE is returned as it is. Makes edges of all constraints first. Null, with a warning, if there are no
-    /// triangles. The new zone is to be deleted by Norvik_2D::deleteZone() too.
+    /// triangles. A new zone is the triangulation's too.
     Zone2* convertToBoundedZone();
 
     /// Turns the falling diagonals of the zone's grid-like cells into rising ones, except constraints. Flipped are the longest
@@ -111,8 +111,8 @@ private:
     void initWorkspace(bool bInside, std::vector<Triangle2*>& vWorkspace) const;
     void bfsFromWorkspace(std::vector<Triangle2*>& vWorkspace, std::vector<Triangle2*>& out) const;
     void getTriangles_RESULT(std::vector<Triangle2*>& out) const;
-    template <class Visit>
-    void visitBoundary(const std::vector<Triangle2*>& vTriangles, Visit visit) const;
+    void combine(const std::vector<Triangle2*>& v0, const std::vector<Triangle2*>& v1,
+                 std::vector<Triangle2*>& out) const;
 
     Dt2* pDt;
     ZoneLocation zoneLoc;
