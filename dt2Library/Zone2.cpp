@@ -157,38 +157,37 @@ void Zone2::bfsFromWorkspace(std::vector<Triangle2*>& vWorkspace, std::vector<Tr
 /// them, each once, and forgotten when nobody needs them any more.
 void Zone2::getTriangles_RESULT(std::vector<Triangle2*>& out) const {
     struct Operand {
-        std::vector<Triangle2*> vTriangles;
         std::size_t numUses = 0;
+        std::vector<Triangle2*> vTriangles;
     };
     std::map<const Zone2*, Operand> mOperands;
-    std::vector<std::pair<const Zone2*, bool>> vOpen{
-        {this, false}};  // and whether its operands have been computed
+    std::vector<const Zone2*> vInOrder;
+    std::vector<std::pair<const Zone2*, bool>> vOpen{{this, false}};  // and whether its operands are in order
     while (!vOpen.empty()) {
         const auto [pZone, bReady] = vOpen.back();
         vOpen.pop_back();
-        // Made for an operation that was never carried out: nothing is combined.
-        const bool bIsResult = !pZone->vInputZones.empty();
-        if (!bReady) {
-            const auto [it, bNew] = mOperands.try_emplace(pZone);
-            ++it->second.numUses;
-            if (!bNew) continue;
-            vOpen.emplace_back(pZone, true);
-            for (const Zone2* pInput : pZone->vInputZones) vOpen.emplace_back(pInput, false);
+        if (bReady) {
+            vInOrder.push_back(pZone);
             continue;
         }
-        std::vector<Triangle2*> vTriangles;
-        if (bIsResult) {
-            const auto first = mOperands.find(pZone->vInputZones[0]),
-                       second = mOperands.find(pZone->vInputZones[1]);
-            pZone->combine(first->second.vTriangles, second->second.vTriangles, vTriangles);
-            for (const auto it : {first, second})
-                if (--it->second.numUses == 0) it->second.vTriangles = {};
-        } else if (pZone->zoneLoc < ZL_RESULT_UNION || pZone->zoneLoc > ZL_RESULT_SYM_DIFFERENCE) {
+        if (mOperands[pZone].numUses++ != 0) continue;
+        vOpen.emplace_back(pZone, true);
+        for (const Zone2* pInput : pZone->vInputZones) vOpen.emplace_back(pInput, false);
+    }
+    for (const Zone2* pZone : vInOrder) {
+        std::vector<Triangle2*>& vTriangles = mOperands[pZone].vTriangles;
+        if (!pZone->isResult()) {
             pZone->getTriangles(vTriangles);
             if (!std::is_sorted(vTriangles.begin(), vTriangles.end(), ByAddress{}))
                 std::sort(vTriangles.begin(), vTriangles.end(), ByAddress{});
+        } else if (pZone->vInputZones.size() == 2) {
+            Operand& operand0 = mOperands[pZone->vInputZones[0]];
+            Operand& operand1 = mOperands[pZone->vInputZones[1]];
+            pZone->combine(operand0.vTriangles, operand1.vTriangles, vTriangles);
+            for (Operand* pOperand : {&operand0, &operand1})
+                if (--pOperand->numUses == 0) pOperand->vTriangles = {};
         }
-        mOperands[pZone].vTriangles = std::move(vTriangles);
+        // One made for an operation that was never carried out combines nothing.
     }
     const std::vector<Triangle2*>& vResult = mOperands[this].vTriangles;
     out.insert(out.end(), vResult.begin(), vResult.end());

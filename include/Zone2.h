@@ -111,6 +111,9 @@ private:
     void initWorkspace(bool bInside, std::vector<Triangle2*>& vWorkspace) const;
     void bfsFromWorkspace(std::vector<Triangle2*>& vWorkspace, std::vector<Triangle2*>& out) const;
     void getTriangles_RESULT(std::vector<Triangle2*>& out) const;
+    bool isResult() const noexcept {
+        return zoneLoc >= ZL_RESULT_UNION && zoneLoc <= ZL_RESULT_SYM_DIFFERENCE;
+    }
     void combine(const std::vector<Triangle2*>& v0, const std::vector<Triangle2*>& v1,
                  std::vector<Triangle2*>& out) const;
 

@@ -92,18 +92,6 @@ TEST(ConstraintSegment2, WhatIsAskedOfADeadOrUnfitRecordFails) {
         });
 }
 
-TEST(ConstraintSegment2, AnAliveRecordHasNoChildrenToGive) {
-    Square square;
-    const ConstraintSegment2* const pRecord = square.make(square.a, square.b);
-    ConstraintSegment2 *pChild0 = nullptr, *pChild1 = nullptr;
-    Point2* pSplit = square.pD;
-    CaptureOutput output;
-    pRecord->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
-    EXPECT_EQ(pSplit, square.pD);
-    EXPECT_TRUE(
-        output.told("ConstraintSegment2::getChildrenAndSplitPoint(), WARNING: *this is still alive!"));
-}
-
 TEST(ConstraintSegment2, StreamForm) {
     Square square;
     ConstraintSegment2* const pRecord = square.make(square.a, square.b);
@@ -447,16 +435,6 @@ TEST(ConstraintMgr, PiecesTooShortForDoublesAreGivenUpWithAWarning) {
         "to split a segment further, giving up. Incorrect result!"));
     EXPECT_EQ(demands.check(false), "");
     EXPECT_EQ(demands.getNumPieces(), 1U);
-}
-
-TEST(ConstraintMgr, UnknownStrategiesAreToldAndNotApplied) {
-    Square square;
-    CaptureOutput output;
-    square.demands.create({{square.a, square.c}, {{1, 0}, {3, 4}}},
-                          static_cast<ConstraintInsertionStrategy>(7));
-    EXPECT_TRUE(output.told("ConstraintMgr::apply(), ERROR: Unknown CIS"));
-    EXPECT_EQ(square.demands.check(false), "");
-    EXPECT_EQ(square.demands.getNumPieces(), 2U);
 }
 
 TEST(ConstraintMgr, ConstraintVerticesStayForGood) {
