@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <set>
 
 #include "ConstraintGraph2.h"
 #include "ConstraintMgr.h"
@@ -147,11 +148,38 @@ void ConstraintSegment2::makeChildren(Point2* pSplit) {
         pGraph->updateSplittedConstraintSegment(this, pGraph == vOwners.front());
 }
 
+/// Whether a piece of a division at a vertex was divided before, into pieces of which this record is one. That can only be where
+/// crossings are rounded as far as segments are long; the tree of records would have no end.
+bool ConstraintSegment2::wouldContainItself(Point2* pSplit) const {
+    std::set<const ConstraintSegment2*> sSeen;
+    std::vector<const ConstraintSegment2*> vOpen;
+    const auto visit = [&](const ConstraintSegment2* pSegment) {
+        if (pSegment != nullptr && !pSegment->isAlive() && sSeen.insert(pSegment).second)
+            vOpen.push_back(pSegment);
+    };
+    for (Point2* pEnd : {p0, p1}) visit(getManager()->findConstraintSegment(pEnd, pSplit));
+    while (!vOpen.empty()) {
+        const ConstraintSegment2* const pSegment = vOpen.back();
+        vOpen.pop_back();
+        for (const ConstraintSegment2* pKid : pSegment->vChildren) {
+            if (pKid == this) return true;
+            visit(pKid);
+        }
+    }
+    return false;
+}
+
 bool ConstraintSegment2::split_combinatorialOnly(Point2* pSplit) {
     require(pSplit != nullptr, "pSplit!=__null");
     require(isAlive(), "isAlive()");
     require(p0 != pSplit && p1 != pSplit, "p0!=pSplit && p1!=pSplit");
     require(getNumberOfOwners() != 0, "!sOwners.empty()");
+    if (wouldContainItself(pSplit)) {
+        warning("ConstraintSegment2::split_combinatorialOnly()",
+                "a piece would contain the segment that it is a piece of (insufficient numeric accuracy), "
+                "nothing done");
+        return false;
+    }
     makeChildren(pSplit);
     return true;
 }
@@ -172,11 +200,8 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     bAlive = false;
     Point2* const pSplit = pOwnerDt->insert(point);
     require(pSplit != nullptr, "pSplit!=__null");
-    if (pSplit == p0 || pSplit == p1) {
-        bAlive = true;
-        return nullptr;
-    }
-    makeChildren(pSplit);
+    bAlive = true;
+    if (pSplit == p0 || pSplit == p1 || !split_combinatorialOnly(pSplit)) return nullptr;
     establishPieces();
     if (pOwnerDt->is2D()) pOwnerDt->bfsFlipIncident(pSplit);
     return pSplit;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -265,9 +266,16 @@ void Dt2::CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vecto
                                         std::vector<Point2*>& vSorted) {
     if (ByAddress{}(pEnd, pStart)) std::swap(pStart, pEnd);
     oneInstance(vInner);
+    // Scaled, so that squares of the largest and the smallest coordinates have an order too.
+    const double extent = std::max(std::fabs(pEnd->x() - pStart->x()), std::fabs(pEnd->y() - pStart->y()));
+    const int exponent = std::ilogb(std::min(extent, std::numeric_limits<double>::max()));
+    const auto scaled = [&](double length) { return std::ldexp(length, -exponent); };
     std::vector<std::pair<double, Point2*>> vByDistance;
-    for (Point2* pVtx : vInner)
-        if (pVtx != pStart && pVtx != pEnd) vByDistance.emplace_back(squaredDistance(*pStart, *pVtx), pVtx);
+    for (Point2* pVtx : vInner) {
+        if (pVtx == pStart || pVtx == pEnd) continue;
+        const double dx = scaled(pVtx->x() - pStart->x()), dy = scaled(pVtx->y() - pStart->y());
+        vByDistance.emplace_back(dx * dx + dy * dy, pVtx);
+    }
     std::sort(vByDistance.begin(), vByDistance.end(), [](const auto& a, const auto& b) {
         return a.first != b.first ? a.first < b.first : ByAddress{}(a.second, b.second);
     });
@@ -279,17 +287,17 @@ void Dt2::CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vecto
     const MuteScope muted(progress);
     ConstraintSegment2* const pCSeg = constraintMgr.getAliveConstraintSegment(pStart, pEnd);
     if (pCSeg != nullptr && divideAt(pCSeg, {vSorted.begin() + first + 1, vSorted.end() - 1}, pEnd)) return;
-    std::vector<Segment2> vChain;
+    std::vector<ConstraintMgr::PointPair> vChain;
     for (auto it = vSorted.begin() + first; it + 1 != vSorted.end(); ++it)
-        vChain.emplace_back(**it, **(it + 1));
-    createConstraint(vChain, CIS_CONSTRAINED_DELAUNAY, false);
+        vChain.emplace_back(*it, *(it + 1));
+    constraintMgr.createConstraint(vChain, CIS_CONSTRAINED_DELAUNAY, true);
 }
 
 /// Divides the record of an edge at vertices in their order towards its end `pEnd`. False if that ends early, at a piece that
 /// has existed before and is divided elsewhere.
 bool Dt2::divideAt(ConstraintSegment2* pCSeg, const std::vector<Point2*>& vSplits, Point2* pEnd) {
     for (Point2* pSplit : vSplits) {
-        pCSeg->split_combinatorialOnly(pSplit);
+        if (!pCSeg->split_combinatorialOnly(pSplit)) return false;
         std::vector<ConstraintSegment2*> vChildren;
         pCSeg->getChildrenRec(vChildren);
         const auto rest =

@@ -246,8 +246,7 @@ void Dt2::newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<Constraint
         require(vPairIspCS.empty(), "vPairIspCS.empty()");
         require(pExistingVertex != pCSeg->getSrc(), "pExistingVertex!=pCSeg->getSrc()");
         require(pExistingVertex != pCSeg->getTrg(), "pExistingVertex!=pCSeg->getTrg()");
-        pCSeg->split_combinatorialOnly(pExistingVertex);
-        pCSeg->getChildrenRec(stack);
+        if (pCSeg->split_combinatorialOnly(pExistingVertex)) pCSeg->getChildrenRec(stack);
         return;
     }
     if (vPairIspCS.empty()) return;
@@ -259,20 +258,21 @@ void Dt2::newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<Constraint
     // Both are suspended while the vertex comes in, so that its insertion divides neither.
     const auto splitSuspended = [&](ConstraintSegment2* pSuspended, Point2* pSplit) {
         pSuspended->unkill();
-        pSuspended->split_combinatorialOnly(pSplit);
+        if (!pSuspended->split_combinatorialOnly(pSplit)) return false;
         pSuspended->kill();
         pSuspended->getChildrenRec(stack);
+        return true;
     };
     const bool bSplitSelf = splitPoint != *pCSeg->getSrc() && splitPoint != *pCSeg->getTrg();
     killAndUnestablishConstraintSegment(pCrossingCSeg);
     if (bSplitSelf) killAndUnestablishConstraintSegment(pCSeg);
     Point2* const pNew = insert(splitPoint);
-    splitSuspended(pCrossingCSeg, pNew);
+    const bool bWayIsFree = splitSuspended(pCrossingCSeg, pNew);
     if (bSplitSelf) {
         splitSuspended(pCSeg, pNew);
     } else {
         require(pCSeg->isAlive(), "pCSeg->isAlive()");
-        stack.push_back(pCSeg);
+        if (bWayIsFree) stack.push_back(pCSeg);
     }
 }
 

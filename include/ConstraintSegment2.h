@@ -83,7 +83,7 @@ public:
                                   Point2*& pSplit) const;
 
     /// Divides an alive record with owners at a vertex of the mesh, without touching a triangle. Children may be records that
-    /// exist already.
+    /// exist already. False, with a warning, and nothing has changed, if the record would become a piece of its own pieces.
     bool split_combinatorialOnly(Point2* pSplit);
     /// Inserts a vertex, divides the alive record there and makes the pieces edges. The point has to lie on the segment, as
     /// well as doubles allow. Returns the vertex; null, and nothing has changed, if the point coincides with an end, and (with
@@ -118,6 +118,7 @@ private:
     const Role* findRole(const ConstraintGraph2* pGraph) const noexcept;
     std::vector<ConstraintGraph2*> getOwners() const;
     ConstraintMgr* getManager() const;
+    bool wouldContainItself(Point2* pSplit) const;
     void makeChildren(Point2* pSplit);
     void establishPieces();
 

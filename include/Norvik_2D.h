@@ -167,7 +167,7 @@ public:
     /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep
     /// their shape: edges that are crossed are split at the crossings, and edges around the cut become constraints, which
     /// ensures that none of them moves. Otherwise the crossings are inserted as vertices like any others. Crossings within 1e-5
-    /// of a vertex fall on it. Beyond 1e150 in magnitude the crossings on a segment may be taken in a wrong order. A warning, and
+    /// of a vertex fall on it. A warning, and
     /// nothing is cut, if there are no triangles or no segments with a length.
     void cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints);
     /// The same with one segment.

@@ -201,6 +201,25 @@ INSTANTIATE_TEST_SUITE_P(Kinds, RandomCuts,
                              return std::string(hardSegments::kinds[paramInfo.param].name);
                          });
 
+/// Crossings are moved to ends that are within 1e-6: here that is farther than anything is long.
+TEST(Cutting, ComesToAnEndWhereEverythingIsSmallerThanItsRounding) {
+    for (const double scale : {1e-8, 1e-200})
+        for (unsigned seed = 0; seed < 40; ++seed) {
+            Polygon points = uniformPoints(64, seed);
+            for (Point2& point : points) point = Point2(point.x() * scale, point.y() * scale);
+            Segments knives;
+            for (; points.size() > 50; points.resize(points.size() - 2))
+                knives.emplace_back(points.back(), points[points.size() - 2]);
+            Norvik_2D mesh;
+            mesh.insert(points);
+            CaptureOutput output;
+            mesh.cutTriangles(knives, seed % 2 == 0);
+            EXPECT_TRUE(output.told("a piece would contain the segment that it is a piece of") ||
+                        mesh.checkValidity(false, "tiny"))
+                << scale << ", " << seed;
+        }
+}
+
 TEST(Cutting, StarsOfKnives) {
     for (unsigned seed = 1; seed <= 20; ++seed)
         for (const bool bWithConstraints : {false, true}) {
