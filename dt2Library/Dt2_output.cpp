@@ -179,11 +179,10 @@ bool Dt2::checkValidity(bool bCheckEmptyCircleProperty, const std::string& msg) 
 
 void Dt2::statistics(const std::string& title) const {
     print("\n\n\n********* MESH STATISTICS (" + title + ") **********\n\n");
-    Histogram histogram("INTERIOR ANGLES");
-    for (int bound = 10; bound <= 180; bound += 10) histogram.addBound(bound);
+    Histogram histogram = Histogram::ofAngles();
     print(compose("Number of triangles: ", numberOfTriangles(), "\n"));
     visitTriangles([&](const Triangle2* pT) {
-        for (int i = 0; i < 3; ++i) histogram.addVal(pT->getInteriorAngle2D(i));
+        histogram.addAnglesOf(pT);
         return false;
     });
     histogram.show();

@@ -6,6 +6,7 @@
 #include <locale>
 #include <sstream>
 
+#include "Triangle2.h"
 #include "standardOutput.h"
 
 namespace KELMAR_NORVIK2D {
@@ -20,6 +21,16 @@ void Histogram::addVal(double value) {
     greatest = std::max(greatest, value);
     const auto found = mBound2Count.lower_bound(value);
     ++(found != mBound2Count.end() ? found : std::prev(found))->second;
+}
+
+Histogram Histogram::ofAngles() {
+    Histogram histogram("INTERIOR ANGLES");
+    for (int bound = 10; bound <= 180; bound += 10) histogram.addBound(bound);
+    return histogram;
+}
+
+void Histogram::addAnglesOf(const Triangle2* pT) {
+    for (int i = 0; i < 3; ++i) addVal(pT->getInteriorAngle2D(i));
 }
 
 void Histogram::show() const {

@@ -6,6 +6,8 @@
 
 namespace KELMAR_NORVIK2D {
 
+class Triangle2;
+
 /// Counts values by classes and prints the distribution.
 class Histogram {
 public:
@@ -14,6 +16,9 @@ public:
     /// A new class, that ends at `bound` inclusively.
     void addBound(double bound);
     void addVal(double value);
+    /// The interior angles of triangles, in degrees by tens.
+    static Histogram ofAngles();
+    void addAnglesOf(const Triangle2* pT);
     /// Prints mean, least and greatest value and the classes, the first of which is shown from 0 on.
     void show() const;
 

@@ -356,13 +356,11 @@ void Zone2::unifyGrid(double tolerance) {
 void Zone2::statistics(const std::string& name) const {
     RoundToNearest nearest;
     print("\n\n\n********* ZONE STATISTICS (" + name + ") **********\n\n");
-    Histogram histogram("INTERIOR ANGLES");
-    for (int bound = 10; bound <= 180; bound += 10) histogram.addBound(bound);
+    Histogram histogram = Histogram::ofAngles();
     std::vector<Triangle2*> vTriangles;
     getTriangles(vTriangles);
     print(compose("Number of triangles: ", vTriangles.size(), "\n"));
-    for (const Triangle2* pT : vTriangles)
-        for (int i = 0; i < 3; ++i) histogram.addVal(pT->getInteriorAngle2D(i));
+    for (const Triangle2* pT : vTriangles) histogram.addAnglesOf(pT);
     histogram.show();
 }
 
