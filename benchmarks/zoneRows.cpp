@@ -34,7 +34,9 @@ std::vector<Segment2> circle(double x, double y, std::size_t numSegments) {
 std::unique_ptr<Norvik_2D> makeMesh(std::size_t numPoints) {
     std::vector<Point2> points;
     for (const auto& [x, y] : uniformPoints(numPoints)) points.emplace_back(x, y);
-    auto pMesh = std::make_unique<Norvik_2D>(static_cast<unsigned int>(numPoints));
+    // Room for the vertices of circles and cuts too: all triangles come to lie in one block of memory, so that the plain flood
+    // can number them by their addresses.
+    auto pMesh = std::make_unique<Norvik_2D>(static_cast<unsigned int>(numPoints + numPoints / 8));
     pMesh->insert(points);
     return pMesh;
 }
