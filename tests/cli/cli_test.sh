@@ -27,17 +27,31 @@ run() {
 
 expect_status() { [[ $status -eq $1 ]] || fail "status $1 expected"; }
 expect_line() { grep -qxF -- "$1" out || fail "line \"$1\" expected"; }
-expect_error() { grep -qF -- "$1" err || fail "error \"$1\" expected"; }
+expect_lines_in() { [[ $(grep -cE -- "$2" "$1") -eq $3 ]] || fail "$3 lines like $2 expected in $1"; }
+expect_no_output() { [[ ! -s out ]] || fail "nothing expected on standard output"; }
 expect_silent_error() { [[ ! -s err ]] || fail "nothing expected on standard error"; }
 
-expect_summary() {
+# Runs the program, which must refuse with this status and tell this on standard error.
+refused() {
+    local expected=$1 text=$2
+    shift 2
+    run "$@"
+    expect_status "$expected"
+    grep -qF -- "$text" err || fail "error \"$text\" expected"
+}
+
+# The values of lines that are named NAMES, in order.
+expect_values() {
     expect_status 0
-    expect_line "points: $1"
-    expect_line "duplicates: $2"
-    expect_line "triangles: $3"
-    expect_line "hull vertices: $4"
+    local i=0
+    for value in "$@"; do expect_line "${names[i++]}: $value"; done
     grep -qE '^seconds: [0-9.e-]+$' out || fail "seconds expected"
     expect_silent_error
+}
+
+expect_summary() {
+    local -r names=(points duplicates triangles "hull vertices")
+    expect_values "$@"
 }
 
 # A little endian file of one int32, one uint64 and doubles that are given as hexadecimal digits, eight bytes each.
@@ -62,8 +76,6 @@ summaryOfSegments() {
     printf '0 0 1 0\n1 0 0 1\n0 1 0 0\n' >ring.seg
     run triangulate ring.seg
     expect_summary 3 3 1 3
-    run triangulate "$data/coast_110m.seg" --check
-    expect_status 0
 }
 
 summaryOfBinaryPoints() {
@@ -79,107 +91,71 @@ collinearPointsHaveNoTriangles() {
     printf '0 0\n1 1\n2 2\n' >line.xy
     run triangulate line.xy
     expect_summary 3 0 0 0
-    run triangulate line.xy --ps line.ps
-    expect_status 1
-    expect_error "line.ps: no picture, there are no triangles"
+    refused 1 "line.ps: no picture, there are no triangles" triangulate line.xy --ps line.ps
     [[ ! -e line.ps ]] || fail "no picture expected"
     : >empty.xy
     run triangulate empty.xy
     expect_summary 0 0 0 0
 }
 
-expect_bad_text() {
-    local reason=$1
-    run triangulate "$2"
-    expect_status 1
-    expect_error "$2:$reason"
-    [[ ! -s out ]] || fail "nothing expected on standard output"
-}
-
 badTextIsToldWithFileAndLine() {
-    printf '0 0\n1 abc\n' >word.xy
-    expect_bad_text '2: "abc" is not a number' word.xy
-    printf '0 0\n\n1 0x10\n' >hex.xy
-    expect_bad_text '3: "0x10" is not a number' hex.xy
-    printf '0 0 0\n' >three.xy
-    expect_bad_text '1: 2 numbers expected, 3 found' three.xy
-    printf '0 0 1 1\n0 0 1\n' >short.seg
-    expect_bad_text '2: 4 numbers expected, 3 found' short.seg
-    printf 'nan 0\n' >nan.xy
-    expect_bad_text '1: "nan" is not finite' nan.xy
-    printf '0 0\n0 -inf\n' >inf.xy
-    expect_bad_text '2: "-inf" is not finite' inf.xy
-    printf '0 1e400\n' >huge.xy
-    expect_bad_text '1: "1e400" is outside of the range of a double' huge.xy
-    printf '0 +-1\n' >signs.xy
-    expect_bad_text '1: "+-1" is not a number' signs.xy
-    printf '0 \0331\n' >escape.xy
-    expect_bad_text '1: "?1" is not a number' escape.xy
+    tells() {
+        printf "$2" >"bad.$1"
+        refused 1 "bad.$1:$3" triangulate "bad.$1"
+        expect_no_output
+    }
+    tells xy '0 0\n1 abc\n' '2: "abc" is not a number'
+    tells xy '0 0\n\n1 0x10\n' '3: "0x10" is not a number'
+    tells xy '0 0 0\n' '1: 2 numbers expected, 3 found'
+    tells seg '0 0 1 1\n0 0 1\n' '2: 4 numbers expected, 3 found'
+    tells xy 'nan 0\n' '1: "nan" is not finite'
+    tells xy '0 0\n0 -inf\n' '2: "-inf" is not finite'
+    tells xy '0 1e400\n' '1: "1e400" is outside of the range of a double'
+    tells xy '0 +-1\n' '1: "+-1" is not a number'
+    tells xy '0 \0331\n' '1: "?1" is not a number'
 }
 
 badFilesAreTold() {
-    run triangulate missing.xy
-    expect_status 1
-    expect_error "missing.xy: can't be read"
-    run triangulate .
-    expect_status 1
-    expect_error ".: is a folder"
+    refused 1 "missing.xy: can't be read" triangulate missing.xy
+    refused 1 ".: is a folder" triangulate .
     binary_file 20 3 $zero $zero $one $zero >short
-    run triangulate short
-    expect_status 1
-    expect_error "short: holds 2 points, its header tells 3"
+    refused 1 "short: holds 2 points, its header tells 3" triangulate short
     binary_file 20 1 $zero $infinity >infinite
-    run triangulate infinite
-    expect_status 1
-    expect_error "infinite: point 1 is not finite"
+    refused 1 "infinite: point 1 is not finite" triangulate infinite
     binary_file 21 1 $zero $zero $one $one >segments
-    run triangulate segments
-    expect_status 1
-    expect_error "segments: holds segments, not points"
+    refused 1 "segments: holds segments, not points" triangulate segments
 }
 
 wrongUsageIsStatusTwo() {
     printf '0 0\n' >points.xy
-    run
-    expect_status 2
-    run triangulate
-    expect_status 2
-    run triangulate points.xy --unknown
-    expect_status 2
-    run triangulate points.xy --threads many
-    expect_status 2
-    run triangulate points.xy --threads -1
-    expect_status 2
-    run constrain points.xy --points
-    expect_status 2
-    run constrain points.xy --points-out points.xy
-    expect_status 2
-    run --help
-    expect_status 0
-    run triangulate --help
-    expect_status 0
+    for arguments in "" triangulate "triangulate points.xy --unknown" "triangulate points.xy --threads many" \
+        "triangulate points.xy --threads -1" "constrain points.xy --points" \
+        "constrain points.xy --points-out points.xy"; do
+        run $arguments
+        expect_status 2
+    done
+    for arguments in --help "triangulate --help"; do
+        run $arguments
+        expect_status 0
+    done
 }
 
 outputsAreWritten() {
     printf '0 0\n1 0\n0 1\n0 0\n' >points.xy
     run triangulate points.xy --ps picture.ps --points-out out.xy
-    expect_status 0
-    [[ $(grep -c 'lineto$' picture.ps) -eq 3 ]] || fail "a picture of three edges expected"
+    expect_lines_in picture.ps 'lineto$' 3
     [[ $(sort out.xy) == $'0 0\n0 1\n1 0' ]] || fail "points expected"
     run triangulate points.xy --points-out out.bin
     [[ $(stat -c %s out.bin) -eq 60 ]] || fail "12 bytes and 3 points of 16 bytes expected"
     run triangulate out.bin
     expect_summary 3 0 1 3
-    run triangulate points.xy --ps no/such/folder.ps
-    expect_status 1
-    expect_error "no/such/folder.ps: can't be written"
-    run triangulate points.xy --points-out no/such/folder.xy
-    expect_status 1
-    expect_error "no/such/folder.xy: can't be written"
+    for option in --ps --points-out; do
+        refused 1 "no/such/folder: can't be written" triangulate points.xy $option no/such/folder
+    done
 }
 
 progressIsForTerminalsOnly() {
-    run triangulate "$data/coast_110m.seg" --progress
+    run triangulate "$data/coast_110m.seg" --progress --check
     expect_status 0
     expect_silent_error
     # util-linux's script runs the program on a terminal of its own.
@@ -190,14 +166,10 @@ progressIsForTerminalsOnly() {
 
 # The summary of `constrain` but for the time: given degenerate pieces splits crossings added missing points triangles.
 expect_constraints() {
-    expect_status 0
     local -r names=("segments given" degenerate "alive pieces" splits crossings "vertices added" "not enforced" points
         triangles)
-    local i=0
-    for value in "$@"; do expect_line "${names[i++]}: $value"; done
-    grep -qE '^seconds: [0-9.e-]+$' out || fail "seconds expected"
+    expect_values "$@"
     [[ $(wc -l <out) -eq 10 ]] || fail "nothing but the summary expected"
-    expect_silent_error
 }
 
 constraintsAreCounted() {
@@ -233,10 +205,8 @@ missingPiecesAreCountedAndFailTheCheck() {
     printf '0 0 5 5\n0 5 7 0.3\n0 1 5 1.7\n' >crossing.seg
     run constrain crossing.seg --conforming
     expect_status 0
-    grep -qE '^not enforced: [1-9]' out || fail "missing pieces expected"
-    run constrain crossing.seg --conforming --check
-    expect_status 1
-    expect_error "crossing.seg: the triangulation is not valid"
+    expect_lines_in out '^not enforced: [1-9]' 1
+    refused 1 "crossing.seg: the triangulation is not valid" constrain crossing.seg --conforming --check
 }
 
 constraintsOfCollinearPointsWait() {
@@ -254,34 +224,23 @@ constraintsOfCollinearPointsWait() {
 constraintsAreRed() {
     printf '0 0 4 0\n4 0 4 4\n4 4 0 4\n0 4 0 0\n' >square.seg
     run constrain square.seg --ps square.ps
-    expect_status 0
-    [[ $(grep -c 'lineto$' square.ps) -eq 5 ]] || fail "five edges expected"
-    [[ $(grep -A 20 -E '^1(\.0)?\s+0(\.0)?\s+0(\.0)?\s+setrgbcolor' square.ps | grep -c 'lineto$') -eq 4 ]] ||
-        fail "four red edges expected"
+    expect_lines_in square.ps 'lineto$' 5
+    grep -A 20 -E '^1\s+0\s+0\s+setrgbcolor' square.ps >red.ps
+    expect_lines_in red.ps 'lineto$' 4
 }
 
 badSegmentsAreTold() {
     printf '0 0 1 1\n0 0 1\n' >short.txt
-    run constrain short.txt
-    expect_status 1
-    expect_error "short.txt:2: 4 numbers expected, 3 found"
+    refused 1 "short.txt:2: 4 numbers expected, 3 found" constrain short.txt
     binary_file 20 1 $zero $zero >points
-    run constrain points
-    expect_status 1
-    expect_error "points: holds points, not segments"
+    refused 1 "points: holds points, not segments" constrain points
     binary_file 21 2 $zero $zero $one $one >short
-    run constrain short
-    expect_status 1
-    expect_error "short: holds 1 segments, its header tells 2"
+    refused 1 "short: holds 1 segments, its header tells 2" constrain short
     binary_file 31 1 $zero $zero $one $one $infinity $one >infinite
-    run constrain infinite
-    expect_status 1
-    expect_error "infinite: segment 1 is not finite"
+    refused 1 "infinite: segment 1 is not finite" constrain infinite
     binary_file 21 1 $zero $zero $one $one >segment
-    run constrain segment --points missing.xy
-    expect_status 1
-    expect_error "missing.xy: can't be read"
-    [[ ! -s out ]] || fail "nothing expected on standard output"
+    refused 1 "missing.xy: can't be read" constrain segment --points missing.xy
+    expect_no_output
     printf '1 0\n' >corner.xy
     run constrain segment --points corner.xy
     expect_constraints 1 0 1 0 0 0 0 3 1
@@ -295,7 +254,7 @@ two_squares() {
 }
 
 # Name and area of a zone or result.
-expect_zone() { grep -qE "^$1[:,] area $2, triangles [0-9]+, border edges $3\$" out || fail "$1 of area $2 expected"; }
+expect_zone() { expect_lines_in out "^$1[:,] area $2, triangles [0-9]+, border edges $3\$" 1; }
 
 zonesOfTwoRings() {
     two_squares
@@ -306,15 +265,14 @@ zonesOfTwoRings() {
         expect_line "rings: 2"
         expect_line "segments in no ring: 0"
         expect_line "points: 14"
-        expect_zone "zone 1, inside of ring 1" 36 6
         expect_zone "zone 2, inside of ring 2" 36 6
-        read -r area border <<<"${areas[$operation]}"
-        expect_zone "$operation" "$area" "$border"
+        expect_zone "$operation" ${areas[$operation]}
         expect_silent_error
     done
     run zones squares.seg --inside --inside --difference --obj zone.obj --ps zone.ps
-    [[ $(grep -c '^v' zone.obj) -eq 6 && $(grep -c '^f' zone.obj) -eq 4 ]] || fail "an L of four triangles expected"
-    [[ $(grep -c 'fill$' zone.ps) -ge 1 ]] || fail "a picture expected"
+    expect_lines_in zone.obj '^v' 6
+    expect_lines_in zone.obj '^f' 4
+    grep -q 'fill$' zone.ps || fail "a picture expected"
 }
 
 zonesAreTakenInTheOrderOfTheCommandLine() {
@@ -330,7 +288,6 @@ zonesAreTakenInTheOrderOfTheCommandLine() {
 }
 
 ringsAreFoundInAnyOrder() {
-    two_squares
     # A square with a tail; then another one that has a side in common with it, and a ring of no area.
     printf '10 10 4 10\n10 4 10 10\n4 4 10 4\n4 10 4 4\n8 6 8 6\n0 0 4 4\n' >loose.seg
     run zones loose.seg
@@ -339,7 +296,6 @@ ringsAreFoundInAnyOrder() {
     expect_line "degenerate: 1"
     printf '10 4 16 4\n16 4 16 10\n16 10 10 10\n10 10 10 4\n20 0 22 0\n22 0 24 0\n24 0 20 0\n' >>loose.seg
     run zones loose.seg
-    expect_status 0
     expect_line "rings: 2"
     expect_line "segments in no ring: 4"
     expect_zone "ring 1: segments 4" 36 4
@@ -355,45 +311,28 @@ ringsAreFoundInAnyOrder() {
 
 badZonesAreTold() {
     two_squares
-    run zones squares.seg --inside --outside --inside
-    expect_status 1
-    expect_error "squares.seg: no ring 3 for a zone; 2 are closed, 0 segments are in none"
-    [[ ! -s out ]] || fail "nothing expected on standard output"
+    refused 1 "squares.seg: no ring 3 for a zone; 2 are closed, 0 segments are in none" \
+        zones squares.seg --inside --outside --inside
+    expect_no_output
     printf '0 0 4 0\n4 0 4 4\n4 4 0 3\n' >open.seg
-    run zones open.seg --inside
-    expect_status 1
-    expect_error "open.seg: no ring 1 for a zone; 0 are closed, 3 segments are in none"
+    refused 1 "open.seg: no ring 1 for a zone; 0 are closed, 3 segments are in none" zones open.seg --inside
     printf '0 0 4 4\n4 4 4 0\n4 0 0 4\n0 4 0 0\n' >crossing.seg
-    run zones crossing.seg --inside
-    expect_status 1
-    expect_error "crossing.seg: ring 1 crosses itself, it has no inside"
+    refused 1 "crossing.seg: ring 1 crosses itself, it has no inside" zones crossing.seg --inside
     printf '0 0 4 4\n' >line.seg
-    run zones line.seg --grow 1,1
-    expect_status 1
-    expect_error "line.seg: no zones, there are no triangles"
-    run zones squares.seg --grow 30,30 --obj empty.obj
-    expect_status 1
-    expect_error "empty.obj: not written, there are no triangles"
-    run zones squares.seg --inside --union
-    expect_status 2
-    expect_error "--union: needs two zones"
-    run zones squares.seg --inside --inside --union --difference
-    expect_status 2
+    refused 1 "line.seg: no zones, there are no triangles" zones line.seg --grow 1,1
+    refused 1 "empty.obj: not written, there are no triangles" zones squares.seg --grow 30,30 --obj empty.obj
+    refused 2 "--union: needs two zones" zones squares.seg --inside --union
+    refused 2 "" zones squares.seg --inside --inside --union --difference
     for seed in 1 1,x 1,,2 1,2, 1,2,3 1,inf nan,0; do
-        run zones squares.seg --grow "$seed"
-        expect_status 2
-        expect_error "--grow: "
+        refused 2 "--grow: " zones squares.seg --grow "$seed"
     done
 }
 
 # The summary of `cut` but for the time: knives pieces missing added points before triangles.
 expect_cut() {
-    expect_status 0
     local -r names=(knives "constraint pieces along them" "not enforced" "vertices added" points "triangles before"
         triangles)
-    local i=0
-    for value in "$@"; do expect_line "${names[i++]}: $value"; done
-    expect_silent_error
+    expect_values "$@"
 }
 
 knivesAreCounted() {
@@ -415,30 +354,22 @@ polygonsAreCutOut() {
         run cut domain.xy --cookie-cutter cutter.seg --check $shape --obj cookie.obj
         expect_cut 0 0 0 4 8 2 10
         expect_zone "cut out" 36 4
-        [[ $(grep -c '^f' cookie.obj) -eq 2 ]] || fail "two triangles expected"
+        expect_lines_in cookie.obj '^f' 2
     done
 }
 
 badCutsAreTold() {
     two_squares
-    run cut domain.xy
-    expect_status 2
+    refused 2 "" cut domain.xy
     for knife in 0,0,1 0,0,1,x 1,1,1,1 0,0,1,1e999; do
-        run cut domain.xy --knife "$knife"
-        expect_status 2
-        expect_error "--knife: "
+        refused 2 "--knife: " cut domain.xy --knife "$knife"
     done
-    run cut domain.xy --cookie-cutter squares.seg
-    expect_status 1
-    expect_error "squares.seg: no simple polygon"
+    refused 1 "squares.seg: no simple polygon" cut domain.xy --cookie-cutter squares.seg
     printf '30 30 40 30\n40 30 40 40\n40 40 30 30\n' >far.seg
-    run cut domain.xy --cookie-cutter far.seg
-    expect_status 1
-    expect_error "far.seg: nothing is cut out, the polygon touches itself or domain.xy has nothing inside of it"
+    refused 1 "far.seg: nothing is cut out, the polygon touches itself or domain.xy has nothing inside of it" \
+        cut domain.xy --cookie-cutter far.seg
     printf '0 0\n1 1\n' >line.xy
-    run cut line.xy --knife 0,1,1,0
-    expect_status 1
-    expect_error "line.xy: nothing to cut, there are no triangles"
+    refused 1 "line.xy: nothing to cut, there are no triangles" cut line.xy --knife 0,1,1,0
 }
 
 "$case_name"
