@@ -3,12 +3,14 @@
 
 #include "Norvik_2D.h"
 #include "captureOutput.h"
+#include "exactSigns.h"
 #include "hardPoints.h"
 #include "hardSegments.h"
 #include "zoneLaws.h"
 
 using namespace KELMAR_NORVIK2D;
 using namespace zoneLaws;
+using exactSigns::intersectionType, exactSigns::orientationSign;
 using hardPoints::below, hardPoints::Rng, hardPoints::uniformPoints, hardPoints::unit;
 
 namespace {
@@ -51,19 +53,6 @@ private:
     std::map<Coordinates, std::map<Coordinates, bool>> mNext;
 };
 
-int turn(const Point2& a, const Point2& b, const Point2& c) {
-    const Orientation2 orientation = getOrientation2(&a, &b, &c);
-    return orientation == ORIENTATION2_CW ? -1 : orientation;
-}
-
-/// Whether two segments have a point in common.
-bool meet(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
-    const int c1 = turn(a, b, c), d1 = turn(a, b, d), a1 = turn(c, d, a), b1 = turn(c, d, b);
-    if (c1 == 0 && d1 == 0)
-        return !(std::min(std::max(a, b), std::max(c, d)) < std::max(std::min(a, b), std::min(c, d)));
-    return c1 * d1 <= 0 && a1 * b1 <= 0;
-}
-
 /// Cuts a mesh; what is wrong then, empty if nothing is: each knife must be a chain of constraints and, if triangles keep their
 /// shape, those that are met must be walled by constraints, and the others be as they were. Where lines all but coincide that
 /// holds up to rounding only, `bExactly` is false then.
@@ -85,8 +74,10 @@ std::string cutFaults(Norvik_2D& mesh, const Segments& knives, bool bWithConstra
         for (const Segment2& knife : knives) {
             const Point2 p = knife.getSrc(), q = knife.getTrg();
             if (p == q) continue;
-            bMet |= turn(c[0], c[1], p) == turn(c[1], c[2], p) && turn(c[1], c[2], p) == turn(c[2], c[0], p);
-            for (std::size_t i = 0; i < 3; ++i) bMet |= meet(c[i], c[(i + 1) % 3], p, q);
+            bMet |= orientationSign(c[0], c[1], p) == orientationSign(c[1], c[2], p) &&
+                    orientationSign(c[1], c[2], p) == orientationSign(c[2], c[0], p);
+            for (std::size_t i = 0; i < 3; ++i)
+                bMet |= intersectionType(c[i], c[(i + 1) % 3], p, q) != IST_NOIS;
         }
         if (bExactly && !bMet && !std::binary_search(after.begin(), after.end(), before[n]))
             faults << "no longer a triangle: " << c[0] << c[1] << c[2] << "; ";
@@ -220,27 +211,6 @@ TEST(Cutting, ComesToAnEndWhereEverythingIsSmallerThanItsRounding) {
         }
 }
 
-TEST(Cutting, StarsOfKnives) {
-    for (unsigned seed = 1; seed <= 20; ++seed)
-        for (const bool bWithConstraints : {false, true}) {
-            SCOPED_TRACE(seed);
-            Rng rng(seed);
-            Norvik_2D mesh;
-            mesh.insert(uniformPoints(80, seed));
-            const int n = 5 + 2 * below(rng, 6);
-            const Polygon tips = star(rng, n, {0.5, 0.5}, 0.3, 0.8);
-            Segments knives;
-            for (std::size_t i = 0; i < tips.size(); ++i)
-                if (seed % 2 == 0)
-                    knives.emplace_back(tips[i], tips[(i + tips.size() / 2) % tips.size()]);
-                else
-                    knives.emplace_back(tips[i], Point2(1 - tips[i].x(), 1 - tips[i].y()));
-            ASSERT_EQ(cutFaults(mesh, knives, bWithConstraints, !bWithConstraints), "");
-            mesh.insert(uniformPoints(200, seed + 50));
-            ASSERT_EQ(soundness(mesh, !bWithConstraints), "");
-        }
-}
-
 namespace {
 
 /// The area of the part of a polygon, which may be any simple one, inside of a convex one.
@@ -322,19 +292,26 @@ TEST(CookieCutter, CutsRandomStars) {
 }
 
 TEST(CookieCutter, CutsNoOtherShapes) {
-    const auto cut = [](const Segments& segments) {
+    const struct {
+        const char* name;
+        Segments segments;
+        bool bCut;
+        std::size_t numPoints;
+    } cases[] = {
+        {"a square", ring(box(2, 2, 4, 4)), true, 8},
+        {"crosses itself", ring({{2, 2}, {4, 4}, {4, 2}, {2, 4}}), false, 4},
+        {"open", hardSegments::chain(box(2, 2, 4, 4)), false, 4},
+        {"touches itself", ring({{2, 2}, {4, 2}, {3, 3}, {4, 4}, {2, 4}, {3, 3}}), false, 9},
+    };
+    for (const auto& [name, segments, bCut, numPoints] : cases) {
+        SCOPED_TRACE(name);
         Norvik_2D mesh;
         mesh.insert(box(0, 0, 10, 10));
         CaptureOutput output;
-        const Zone2* pZone = mesh.createZone_cookieCutter(segments, true);
+        EXPECT_EQ(mesh.createZone_cookieCutter(segments, true) != nullptr, bCut);
+        EXPECT_EQ(mesh.numberOfPoints(), numPoints);
         EXPECT_EQ(output.told("Dt2::createConstraint(..), WARNING: vEdges is empty, returning NULL"),
-                  mesh.numberOfPoints() > 4)
+                  numPoints > 4)
             << "said of the wall around the mesh, which isn't needed here";
-        return std::pair(pZone != nullptr, mesh.numberOfPoints());
-    };
-    EXPECT_EQ(cut(ring(box(2, 2, 4, 4))), std::pair(true, std::size_t{8}));
-    EXPECT_EQ(cut(ring({{2, 2}, {4, 4}, {4, 2}, {2, 4}})), std::pair(false, std::size_t{4}))
-        << "crosses itself";
-    EXPECT_EQ(cut(hardSegments::chain(box(2, 2, 4, 4))), std::pair(false, std::size_t{4})) << "open";
-    EXPECT_FALSE(cut(ring({{2, 2}, {4, 2}, {3, 3}, {4, 4}, {2, 4}, {3, 3}})).first) << "touches itself";
+    }
 }

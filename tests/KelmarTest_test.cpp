@@ -2,18 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cmath>
 #include <string>
 #include <vector>
 
 #include "captureOutput.h"
+#include "clientSettings.h"
 #include "exactSigns.h"
 #include "hardPoints.h"
-
-#ifdef __SSE2__
-#include <xmmintrin.h>
-#endif
 
 using namespace KELMAR_NORVIK2D;
 using hardPoints::around0, hardPoints::below, hardPoints::nudged, hardPoints::Rng, hardPoints::sign,
@@ -149,39 +145,6 @@ void expectExactCircles(KelmarTest& engine, Figure f) {
 
 constexpr double scales[] = {1.0,    1e-30,  1e-78, 1e-138, 1e-150, 1e-154, 1e-162,
                              1e-300, 1e-320, 1e75,  1e150,  1e300,  4e307};
-
-/// The client's floating-point settings for the length of a test: a rounding mode, and denormals flushed or not.
-class ClientSettings {
-public:
-    ClientSettings(int rounding, bool bFlush) {
-        std::fesetround(rounding);
-#ifdef __SSE2__
-        if (bFlush) _mm_setcsr(_mm_getcsr() | 0x8040);
-#else
-        static_cast<void>(bFlush);
-#endif
-        before = now();
-    }
-    ~ClientSettings() {
-#ifdef __SSE2__
-        _mm_setcsr(_mm_getcsr() & ~0x8040U);
-#endif
-        std::fesetround(FE_TONEAREST);
-    }
-    bool areKept() const { return now() == before; }
-
-private:
-    static std::pair<int, unsigned> now() {
-#ifdef __SSE2__
-        return {std::fegetround(), _mm_getcsr() & ~0x3FU};  // without the exception flags
-#else
-        return {std::fegetround(), 0};
-#endif
-    }
-    std::pair<int, unsigned> before;
-};
-
-constexpr int roundingModes[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
 
 std::string debugText(KelmarTest& engine, const Point2& a, const Point2& b, const Point2& c) {
     CaptureOutput capture;

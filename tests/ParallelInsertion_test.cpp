@@ -2,7 +2,6 @@
 // wherever it is the only one of its points.
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <thread>
 
 #include "Norvik_2D.h"
@@ -136,21 +135,6 @@ TEST(ParallelInsertion, PointsOnOneLineWaitForAnother) {
     handles.insert(handles.end(), otherHandles.begin(), otherHandles.end());
     EXPECT_EQ(handlesBroken(mesh, all, handles), "");
     EXPECT_EQ(lawsBroken(mesh), "");
-}
-
-TEST(ParallelInsertion, ClientsRoundingReachesNoThread) {
-    const std::vector<Point2> points = makeMany("negativeTo0", 5);
-    Norvik_2D expected;
-    expected.insert(points);
-    for (const int rounding : {FE_UPWARD, FE_TOWARDZERO}) {
-        Norvik_2D mesh;
-        mesh.setNumCPU(4);
-        std::fesetround(rounding);
-        mesh.insert(points);
-        EXPECT_EQ(std::fegetround(), rounding);
-        std::fesetround(FE_TONEAREST);
-        expectAlike(mesh, expected);
-    }
 }
 
 TEST(ParallelInsertion, ProgressIsToldToTheCallersThreadOnly) {

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "Point2.h"
+#include "geometryTools.h"
 
 /// Signs of determinants in integers, for comparison with the library's: finite doubles are multiples of one power of two,
 /// so scaled by it they are integers. Nothing of the library's arithmetic is used.
@@ -70,6 +71,18 @@ std::array<ExactPoint, N> exactPoints(const std::array<const Point2*, N>& points
 inline int orientationSign(const Point2& a, const Point2& b, const Point2& c) {
     const auto p = exactPoints<3>({&a, &b, &c});
     return sgn(doubleArea(p[0], p[1], p[2]));
+}
+
+/// What two segments that have a length have in common.
+inline KELMAR_NORVIK2D::IntersectionType intersectionType(const Point2& a, const Point2& b, const Point2& c,
+                                                          const Point2& d) {
+    using namespace KELMAR_NORVIK2D;
+    const int sideC = orientationSign(a, b, c), sideD = orientationSign(a, b, d);
+    if (sideC != 0 || sideD != 0)
+        return sideC * sideD <= 0 && orientationSign(c, d, a) * orientationSign(c, d, b) <= 0 ? IST_REGULAR
+                                                                                              : IST_NOIS;
+    const bool bApart = std::min(std::max(a, b), std::max(c, d)) < std::max(std::min(a, b), std::min(c, d));
+    return bApart ? IST_NOIS : IST_COLLINEAR;
 }
 
 constexpr int unsure = 2;
