@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
-
 #include "NorvikException.h"
 #include "captureOutput.h"
 #include "norvikVersion.h"
@@ -19,11 +17,6 @@ const Color filling(COLORNAME_BLACK, 0.5F, true);
 std::string picturePath() {
     return ::testing::TempDir() + "Visualizer2_" +
            ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".ps";
-}
-
-std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 /// The file that results from some additions.

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -27,3 +29,9 @@ private:
     std::streambuf* pOldOut;
     std::streambuf* pOldErr;
 };
+
+/// What is written in a file.
+inline std::string contentOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
