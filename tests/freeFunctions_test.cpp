@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <map>
-#include <random>
 #include <set>
 
 #include "Norvik_2D.h"
 #include "Partitioner.h"
 #include "captureOutput.h"
 #include "hardPoints.h"
+#include "hardSegments.h"
 #include "tools.h"
 
 using namespace KELMAR_NORVIK2D;
@@ -18,7 +18,7 @@ using namespace KELMAR_NORVIK2D;
 namespace {
 
 using Triangles = std::vector<Triangle2*>;
-using Rng = hardPoints::Rng;
+using hardPoints::Rng, hardSegments::chain;
 
 /// A mesh and some of its triangles, shuffled: patches of all sizes with holes, islands and vertices where they touch.
 struct RandomSet {
@@ -52,20 +52,12 @@ std::vector<Edge2> bordersByEnds(const Triangles& vTriangles) {
     return vBorders;
 }
 
-template <class Steps, class Source, class Target>
-bool isClosed(const Steps& steps, Source source, Target target) {
+/// Whether segments or edges follow each other and come back.
+template <class Steps>
+bool isRing(const Steps& steps) {
     for (std::size_t i = 0; i < steps.size(); ++i)
-        if (target(steps[i]) != source(steps[(i + 1) % steps.size()])) return false;
+        if (steps[i].getTrg() != steps[(i + 1) % steps.size()].getSrc()) return false;
     return !steps.empty();
-}
-bool isRing(const std::vector<Segment2>& vSegments) {
-    return isClosed(
-        vSegments, [](const Segment2& s) { return s.getSrc(); },
-        [](const Segment2& s) { return s.getTrg(); });
-}
-bool isRing(const std::vector<Edge2>& vEdges) {
-    return isClosed(
-        vEdges, [](const Edge2& e) { return e.getSrc(); }, [](const Edge2& e) { return e.getTrg(); });
 }
 
 double doubleArea(const std::vector<Segment2>& vSegments) {
@@ -75,21 +67,21 @@ double doubleArea(const std::vector<Segment2>& vSegments) {
     return sum;
 }
 
-std::vector<Segment2> chain(const std::vector<Point2>& points) {
-    std::vector<Segment2> vSegments;
-    for (std::size_t i = 0; i + 1 < points.size(); ++i) vSegments.emplace_back(points[i], points[i + 1]);
-    return vSegments;
-}
-std::vector<Segment2> ring(std::vector<Point2> points) {
-    points.push_back(points.front());
-    return chain(points);
-}
+std::vector<Segment2> ring(const std::vector<Point2>& points) { return hardSegments::chain(points, true); }
 /// In any order, each in any direction.
 std::vector<Segment2> loose(std::vector<Segment2> vSegments, Rng& rng) {
     std::shuffle(vSegments.begin(), vSegments.end(), rng);
     for (Segment2& segment : vSegments)
         if (rng() % 2 == 0) segment.swapSrcTrg();
     return vSegments;
+}
+
+/// The polygons that edges become; those of no polygon are put into `vRemaining`.
+std::vector<std::vector<Edge2>> polygonsOf(const std::vector<Edge2>& vEdges, std::vector<Edge2>& vRemaining) {
+    std::vector<std::vector<Edge2>> vPolygons;
+    vRemaining.clear();
+    edgesToPolygons(vEdges, vPolygons, vRemaining);
+    return vPolygons;
 }
 
 }  // namespace
@@ -109,16 +101,16 @@ TEST(FreeFunctions, EdgesAndVerticesAgreeWithSets) {
         }
 
         std::vector<Segment2> vBorders{Segment2()};
-        std::vector<VertexPair2> vBorderPairs, vPairs;
+        std::vector<VertexPair2> vBorderPairs(1, VertexPair2(nullptr, nullptr)), vPairs;
         getBorders(set.vTriangles, vBorders);
         getBorders_tools(set.vTriangles, vBorderPairs);
         const std::vector<Edge2> vExpected = bordersByEnds(set.vTriangles);
         ASSERT_EQ(vBorders.size(), vExpected.size() + 1);
-        ASSERT_EQ(vBorderPairs.size(), vExpected.size());
+        ASSERT_EQ(vBorderPairs.size(), vExpected.size() + 1);
         for (std::size_t i = 0; i < vExpected.size(); ++i) {
-            EXPECT_EQ(vBorders[i + 1].getSrc(), *vExpected[i].getSrc());
-            EXPECT_EQ(vBorders[i + 1].getTrg(), *vExpected[i].getTrg());
-            EXPECT_EQ(vBorderPairs[i], VertexPair2(vExpected[i].getSrc(), vExpected[i].getTrg()));
+            const auto [pSrc, pTrg] = endsOf(vExpected[i]);
+            EXPECT_TRUE(vBorders[i + 1].getSrc() == *pSrc && vBorders[i + 1].getTrg() == *pTrg);
+            EXPECT_EQ(vBorderPairs[i + 1], VertexPair2(pSrc, pTrg));
         }
 
         // All of the output is ordered, also what it held before.
@@ -165,35 +157,25 @@ TEST(FreeFunctions, ComponentsAgreeWithMerging) {
         for (const VertexPair2& pair : vPairs)
             if (seed % 2 == 0 && set.rng() % 3 == 0) sBlocked.insert(pair);
 
-        // Triangles take over the least label around until nothing changes.
-        std::map<Triangle2*, Triangle2*> mLabels;
-        for (Triangle2* pT : set.vTriangles) mLabels[pT] = pT;
-        for (bool bChanged = true; bChanged;) {
-            bChanged = false;
-            for (auto& [pT, pLabel] : mLabels)
-                for (int i = 0; i < 3; ++i) {
-                    const auto other = mLabels.find(pT->getOppositeTriangle(i));
-                    const Edge2 edge(pT, i);
-                    if (other == mLabels.end() || sBlocked.count({edge.getSrc(), edge.getTrg()}) != 0)
-                        continue;
-                    if (!std::less<>()(other->second, pLabel)) continue;
-                    pLabel = other->second;
-                    bChanged = true;
-                }
-        }
-        std::map<Triangle2*, std::set<Triangle2*>> mExpected;
-        for (const auto& [pT, pLabel] : mLabels) mExpected[pLabel].insert(pT);
-
         std::vector<Triangles> vvComponents;
         getConnectedComponents(set.vTriangles, vvComponents, sBlocked);
-        ASSERT_EQ(vvComponents.size(), mExpected.size());
-        std::size_t i = 0;
-        for (const auto& [pLabel, sTriangles] : mExpected) {
-            const Triangles& vComponent = vvComponents[i++];
-            EXPECT_EQ(vComponent.front(), pLabel);
-            EXPECT_EQ(vComponent.size(), sTriangles.size());
-            EXPECT_EQ(std::set<Triangle2*>(vComponent.begin(), vComponent.end()), sTriangles);
+        std::set<Triangle2*> sLeft(set.vTriangles.begin(), set.vTriangles.end());
+        for (const Triangles& vComponent : vvComponents) {
+            ASSERT_FALSE(sLeft.empty());
+            Triangles vExpected{*sLeft.begin()};
+            EXPECT_EQ(vComponent.front(), vExpected.front());
+            sLeft.erase(sLeft.begin());
+            for (std::size_t n = 0; n < vExpected.size(); ++n)
+                for (int i = 0; i < 3; ++i) {
+                    const Edge2 edge(vExpected[n], i);
+                    Triangle2* const pNext = vExpected[n]->getOppositeTriangle(i);
+                    const bool bBlocked = sBlocked.count({edge.getSrc(), edge.getTrg()}) != 0;
+                    if (!bBlocked && sLeft.erase(pNext) != 0) vExpected.push_back(pNext);
+                }
+            EXPECT_TRUE(std::is_permutation(vComponent.begin(), vComponent.end(), vExpected.begin(),
+                                            vExpected.end()));
         }
+        EXPECT_TRUE(sLeft.empty());
     }
 }
 
@@ -216,16 +198,14 @@ TEST(FreeFunctions, SortedBordersWalkOneRing) {
     Norvik_2D mesh;
     mesh.insert(hardPoints::uniformPoints(300, 5));
     Point2* const pCentre = mesh.insert({0.5, 0.5});
-    Triangles vTriangles, vHole;
+    Triangles vTriangles;
     mesh.getTrianglePointers(vTriangles);
-    mesh.getIncidentTriangles(pCentre, vHole);
     std::erase_if(vTriangles, [&](const Triangle2* pT) { return pT->hasVertex(pCentre); });
     vTriangles.push_back(vTriangles.front());
     std::reverse(vTriangles.begin(), vTriangles.end());
 
-    std::set<Ends> sAll, sWalked;
+    std::set<Ends> sAll, sWalked, sIgnore;
     for (const Edge2& edge : bordersByEnds(vTriangles)) sAll.insert(endsOf(edge));
-    std::set<Ends> sIgnore;
     for (int numRings = 0; numRings < 2; ++numRings) {
         std::vector<Edge2> vRing;
         getSortedBorders(vTriangles, vRing, sIgnore);
@@ -269,22 +249,25 @@ TEST(FreeFunctions, WhatIsNoRingStaysAsItIs) {
 
     const std::string ccw =
         "bool KELMAR_NORVIK2D::sortRingCCW(std::vector<KELMAR_NORVIK2D::Segment2>&), WARNING: ";
-    const auto expectLeft = [&](const std::vector<Segment2>& vSegments, const std::string& message,
-                                bool (*sort)(std::vector<Segment2>&)) {
+    const std::vector<Segment2> vOpen = chain({{0, 0}, {1, 0}, {1, 1}});
+    const struct {
+        std::vector<Segment2> vSegments;
+        bool (*sort)(std::vector<Segment2>&);
+        std::string message;
+    } cases[] = {
+        {vOpen, sortRing, "Distance=1\n"},
+        {vOpen, sortRing, "sortRing(), WARNING: Not a ring1"},
+        {ring({{0, 0}, {2, 2}, {4, 4}, {4, 0}, {2, 2}, {0, 4}}), sortRing, "Distance=4\n"},
+        {vOpen, sortRingCCW, ccw + "not a ring 1"},
+        {ring({{0, 0}, {2, 0}, {1, 0}}), sortRingCCW, ccw + "not a ring 0"},
+    };
+    for (const auto& [vSegments, sort, message] : cases) {
         std::vector<Segment2> vSame = vSegments;
         CaptureOutput told;
         EXPECT_FALSE(sort(vSame));
         EXPECT_TRUE(std::equal(vSame.begin(), vSame.end(), vSegments.begin(), vSegments.end()));
         EXPECT_TRUE(told.told(message)) << told.out();
-    };
-    const std::vector<Segment2> vOpen = chain({{0, 0}, {1, 0}, {1, 1}});
-    const std::vector<Segment2> vEight = ring({{0, 0}, {2, 2}, {4, 4}, {4, 0}, {2, 2}, {0, 4}});
-    const std::vector<Segment2> vOverlapping = ring({{0, 0}, {2, 0}, {1, 0}});
-    expectLeft(vOpen, "Distance=1\n", sortRing);
-    expectLeft(vOpen, "sortRing(), WARNING: Not a ring1", sortRing);
-    expectLeft(vEight, "Distance=4\n", sortRing);
-    expectLeft(vOpen, ccw + "not a ring 1", sortRingCCW);
-    expectLeft(vOverlapping, ccw + "not a ring 0", sortRingCCW);
+    }
 }
 
 TEST(FreeFunctions, RingsThatTouch) {
@@ -326,12 +309,10 @@ TEST(FreeFunctions, BordersBecomePolygons) {
         SCOPED_TRACE(seed);
         RandomSet set(seed);
         const std::vector<Edge2> vBorders = bordersByEnds(set.vTriangles);
-        std::vector<std::vector<Edge2>> vPolygons;
         std::vector<Edge2> vRemaining;
-        edgesToPolygons(vBorders, vPolygons, vRemaining);
         std::set<Ends> sExpected, sFound;
         for (const Edge2& edge : vBorders) sExpected.insert(endsOf(edge));
-        for (const auto& vPolygon : vPolygons) {
+        for (const auto& vPolygon : polygonsOf(vBorders, vRemaining)) {
             EXPECT_TRUE(isRing(vPolygon));
             for (const Edge2& edge : vPolygon) EXPECT_TRUE(sFound.insert(endsOf(edge)).second);
         }
@@ -346,19 +327,17 @@ TEST(FreeFunctions, PolygonsThatTouchFollowTheTriangles) {
     Point2* const pHub = mesh.insert({0, 0});
     std::vector<Point2*> vRim;
     mesh.insert(rim, vRim);
-    const auto polygonsOf = [&](const std::vector<std::size_t>& vSpokes) {
+    std::vector<Edge2> vRemaining;
+    const auto polygonsAt = [&](const std::vector<std::size_t>& vSpokes) {
         Triangles vTriangles;
         for (const std::size_t spoke : vSpokes)
             vTriangles.push_back(mesh.getAdjacentTriangle(pHub, vRim[spoke]));
-        std::vector<std::vector<Edge2>> vPolygons;
-        std::vector<Edge2> vRemaining;
-        edgesToPolygons(bordersByEnds(vTriangles), vPolygons, vRemaining);
-        return vPolygons;
+        return polygonsOf(bordersByEnds(vTriangles), vRemaining);
     };
     // One triangle fills its wedge, and the walk comes out of it at the hub; out of two it goes on across the way in.
-    EXPECT_EQ(polygonsOf({2, 5}).size(), 2U);
-    ASSERT_EQ(polygonsOf({2, 3, 5}).size(), 1U);
-    EXPECT_EQ(polygonsOf({2, 3, 5})[0].size(), 7U);
+    EXPECT_EQ(polygonsAt({2, 5}).size(), 2U);
+    ASSERT_EQ(polygonsAt({2, 3, 5}).size(), 1U);
+    EXPECT_EQ(polygonsAt({2, 3, 5})[0].size(), 7U);
 
     // Where several edges leave the least vertex the most clockwise one begins.
     Norvik_2D fan;
@@ -366,9 +345,7 @@ TEST(FreeFunctions, PolygonsThatTouchFollowTheTriangles) {
     std::vector<Point2*> vEnds;
     fan.insert({{4, -4}, {4, -1}, {4, 1}, {4, 4}}, vEnds);
     const Triangles vTwo{fan.getAdjacentTriangle(pTip, vEnds[2]), fan.getAdjacentTriangle(pTip, vEnds[0])};
-    std::vector<std::vector<Edge2>> vPolygons;
-    std::vector<Edge2> vRemaining;
-    edgesToPolygons(bordersByEnds(vTwo), vPolygons, vRemaining);
+    const auto vPolygons = polygonsOf(bordersByEnds(vTwo), vRemaining);
     ASSERT_EQ(vPolygons.size(), 2U);
     EXPECT_EQ(endsOf(vPolygons[0][0]), Ends(pTip, vEnds[0]));
     EXPECT_EQ(endsOf(vPolygons[1][0]), Ends(pTip, vEnds[2]));
@@ -382,10 +359,7 @@ TEST(FreeFunctions, OpenChainsRemain) {
     for (std::size_t i = 0; i < vRing.size(); ++i) {
         std::vector<Edge2> vChain = vRing;
         vChain.erase(vChain.begin() + static_cast<std::ptrdiff_t>(i));
-        std::vector<std::vector<Edge2>> vPolygons;
-        vRemaining.clear();
-        edgesToPolygons(vChain, vPolygons, vRemaining);
-        EXPECT_TRUE(vPolygons.empty());
+        EXPECT_TRUE(polygonsOf(vChain, vRemaining).empty());
         EXPECT_EQ(vRemaining.size(), vChain.size());
     }
 }
