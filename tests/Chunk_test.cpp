@@ -8,7 +8,6 @@
 #include "InserterMT.h"
 #include "captureOutput.h"
 #include "hardPoints.h"
-#include "tools.h"
 
 using namespace KELMAR_NORVIK2D;
 using hardPoints::uniformPoints;
@@ -149,21 +148,4 @@ TEST_F(ChunkTest, ABoxWithoutExtentIsWidenedWithinTheTriangulation) {
         EXPECT_TRUE(chunk.getBox().isInBox(*one[0]->pVtx));
         EXPECT_LE(chunk.getBox().getMaxX(), whole.getMaxX());
     }
-}
-
-TEST(InserterMT, BordersOfASetOfTrianglesAsVertexPairs) {
-    Dt2 dt2(3);
-    std::vector<Point2*> handles;
-    dt2.insertVector({{0, 0}, {4, 0}, {4, 3}, {0, 3}, {2, 1}}, &handles);
-    std::vector<Triangle2*> vAround;
-    dt2.getIncidentTriangles(handles[4], vAround);
-    std::vector<VertexPair2> vBorders;
-    getBorders_tools(vAround, vBorders);
-    ASSERT_EQ(vBorders.size(), 4U);
-    const std::set<VertexPair2> borders(vBorders.begin(), vBorders.end());
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_TRUE(borders.contains({handles[i], handles[(i + 1) % 4]})) << i;
-    vAround.resize(1);
-    getBorders_tools(vAround, vBorders);
-    EXPECT_EQ(vBorders.size(), 7U) << "pairs are appended";
 }

@@ -34,25 +34,6 @@ struct Listener : MsgBase {
 
 }  // namespace
 
-TEST(Dt2Bulk, AHundredThousandPointsAndOneLessGiveTheSameMeshOnAnyNumberOfThreads) {
-    const std::vector<Point2> all = hardPoints::uniformPoints(100000, 3);
-    for (const std::size_t n : {all.size() - 1, all.size()}) {
-        const std::vector<Point2> points(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(n));
-        Norvik_2D one;
-        one.insert(points);
-        EXPECT_TRUE(isUnique(one));
-        const CanonicalMesh expected = canonicalMesh(one);
-        for (const int numCPU : {2, 8}) {
-            Norvik_2D mesh;
-            mesh.setNumCPU(numCPU);
-            const auto insert = numCPU == 2 ? insertArray : insertBulk;
-            EXPECT_EQ(handlesBroken(mesh, points, insert(mesh, points)), "");
-            EXPECT_TRUE(canonicalMesh(mesh) == expected) << numCPU;
-            EXPECT_EQ(lawsBroken(mesh), "");
-        }
-    }
-}
-
 TEST(Dt2Bulk, HandlesOfEqualPointsAreTheOneThatStays) {
     for (const int numCPU : cpuCounts)
         for (const std::vector<Point2>& others :
@@ -70,45 +51,6 @@ TEST(Dt2Bulk, HandlesOfEqualPointsAreTheOneThatStays) {
             EXPECT_EQ(handles[1]->customIndex, 6);
             EXPECT_EQ(lawsBroken(mesh), "");
         }
-}
-
-TEST(Dt2Bulk, OldVerticesWinAndStay) {
-    // Old points in the mesh, waiting on a line, or all removed again; new ones partly equal to them.
-    const struct {
-        const char* before;
-        std::vector<Point2> old;
-        bool bBulk;
-    } cases[] = {{"two-dimensional", {{0, 0, 1}, {8, 0, 2}, {0, 8, 3}, {2, 3, 4}}, false},
-                 {"one", {{2, 3, 1}}, false},
-                 {"two singles", {{0, 0, 1}, {8, 8, 2}}, false},
-                 {"a line of singles", {{0, 0, 1}, {8, 8, 2}, {4, 4, 3}, {1, 1, 4}}, false},
-                 {"a line in bulk", {{0, 0, 1}, {8, 8, 2}, {4, 4, 3}, {1, 1, 4}, {4, 4, 5}}, true},
-                 {"a falling line", {{0, 8, 1}, {8, 0, 2}, {4, 4, 3}}, true}};
-    const std::vector<Point2> off{{8, 0, 70}, {0, 8, 71}, {4, 4, 72}, {0, 0, 73},
-                                  {8, 8, 74}, {2, 3, 75}, {5, 1, 76}, {2, 3, 77}};
-    const std::vector<Point2> onLine{{4, 4, 72}, {0, 0, 73}, {16, 16, 74}, {8, 8, 75}, {4, 4, 76}};
-    for (const auto& [before, old, bBulk] : cases)
-        for (const int numCPU : cpuCounts)
-            for (const auto& added : {off, onLine})
-                for (const auto insert : {insertBulk, insertArray}) {
-                    SCOPED_TRACE(std::string(before) + " on " + std::to_string(numCPU));
-                    Norvik_2D mesh;
-                    mesh.setNumCPU(numCPU);
-                    const std::vector<Point2*> oldHandles =
-                        bBulk ? insertBulk(mesh, old) : insertEach(mesh, old);
-                    const std::vector<Point2*> handles = insert(mesh, added);
-                    ASSERT_EQ(lawsBroken(mesh), "");
-                    for (std::size_t i = 0; i < added.size(); ++i) {
-                        ASSERT_EQ(*handles[i], added[i]);
-                        for (Point2* pOld : oldHandles) EXPECT_EQ(handles[i] == pOld, *pOld == added[i]);
-                    }
-                    for (const Point2* pOld : oldHandles) EXPECT_LT(pOld->customIndex, 70);
-                    std::vector<Point2> all(old);
-                    all.insert(all.end(), added.begin(), added.end());
-                    std::vector<Point2*> allHandles(oldHandles);
-                    allHandles.insert(allHandles.end(), handles.begin(), handles.end());
-                    EXPECT_EQ(handlesBroken(mesh, all, allHandles), "");
-                }
 }
 
 TEST(Dt2Bulk, CollinearPointsEndWithoutTriangles) {
@@ -216,10 +158,13 @@ TEST(Dt2Bulk, OneNonFinitePointKeepsAllOut) {
 }
 
 TEST(Dt2Bulk, ProgressRisesToOneInAboutAHundredSteps) {
-    const struct { std::size_t n, numUpdates; } cases[] = {{1, 2}, {9, 10}, {50, 51}, {1000, 0}, {20000, 0}};
-    for (const auto& [n, numUpdates] : cases)
+    const struct {
+        std::size_t n, leastUpdates, mostUpdates;
+    } cases[] = {{1, 2, 2}, {9, 10, 10}, {50, 51, 51}, {1000, 91, 103}, {20000, 91, 103}};
+    for (const auto& [n, leastUpdates, mostUpdates] : cases)
         for (const int numCPU : {1, 4})
             for (const auto insert : {insertBulk, insertArray}) {
+                SCOPED_TRACE(n);
                 Norvik_2D mesh;
                 mesh.setNumCPU(numCPU);
                 // The first points don't count.
@@ -227,23 +172,17 @@ TEST(Dt2Bulk, ProgressRisesToOneInAboutAHundredSteps) {
                 Listener listener;
                 mesh.subscribe(MSGTYPE_PROGRESS, &listener);
                 insert(mesh, hardPoints::uniformPoints(n, 5));
-                SCOPED_TRACE(n);
-                ASSERT_FALSE(listener.values.empty());
-                EXPECT_TRUE(numUpdates == 0 || listener.values.size() == numUpdates)
-                    << listener.values.size();
-                EXPECT_LE(listener.values.size(), 103U);
-                EXPECT_TRUE(n < 100 || listener.values.size() > 90U);
+                const std::size_t numUpdates = listener.values.size();
+                ASSERT_TRUE(leastUpdates <= numUpdates && numUpdates <= mostUpdates) << numUpdates;
                 EXPECT_TRUE(std::is_sorted(listener.values.begin(), listener.values.end()));
                 EXPECT_EQ(std::count(listener.values.begin(), listener.values.end(), 1.0), 1);
                 EXPECT_EQ(listener.values.back(), 1.0);
                 const std::string name = insert == insertBulk ? "insert vertices" : "insert";
-                EXPECT_EQ(listener.names, std::vector<std::string>(listener.names.size(), name));
-
-                const std::size_t numBefore = listener.values.size();
+                EXPECT_EQ(listener.names, std::vector<std::string>(numUpdates, name));
                 mesh.insert({0.5, 0.25});  // single insertions are silent
                 mesh.unsubscribe(MSGTYPE_PROGRESS, &listener);
                 insert(mesh, hardPoints::uniformPoints(n, 6));
-                EXPECT_EQ(listener.values.size(), numBefore);
+                EXPECT_EQ(listener.values.size(), numUpdates);
             }
 }
 

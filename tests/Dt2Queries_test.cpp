@@ -158,14 +158,6 @@ TEST(Dt2Queries, ConvexHullBeginsWithTheLeastAndMaySkipStraightVertices) {
     ASSERT_EQ(out.size(), 4U);
     EXPECT_TRUE(*out[0] == Point2(0, 0) && *out[1] == Point2(6, 0) && *out[2] == Point2(6, 6) &&
                 *out[3] == Point2(0, 6));
-    std::vector<Side> vSides{{nullptr, 0}};
-    grid.getImpl()->getConvexHull(vSides);
-    EXPECT_EQ(vSides.size(), 25U);  // appended
-    for (std::size_t i = 1; i < vSides.size(); ++i) {
-        EXPECT_EQ(neighbour(vSides[i].first, vSides[i].second), nullptr);
-        const Side& next = vSides[i % 24 + 1];
-        EXPECT_EQ(corner(vSides[i].first, cw(vSides[i].second)), corner(next.first, ccw(next.second)));
-    }
 
     Norvik_2D line;
     insertEach(line, {{0, 0}, {1, 1}, {2, 2}});

@@ -100,34 +100,6 @@ TEST(Dt2Remove, ALoserAmongEqualPointsIsNoVertex) {
     EXPECT_EQ(dt2.numberOfPoints(), 3U);
 }
 
-TEST(Dt2Remove, EveryKindOneAfterTheOtherUntilNothingIsLeft) {
-    for (const hardPoints::Kind& kind : hardPoints::kinds)
-        for (const int numCPU : {1, 4}) {
-            SCOPED_TRACE(kind.name);
-            hardPoints::Rng rng(13);
-            Norvik_2D mesh;
-            mesh.setNumCPU(numCPU);
-            mesh.insert(hardPoints::makePoints(kind, 130, rng));
-            std::vector<Point2*> vVertices;
-            mesh.getVertexPointers(vVertices);
-            std::shuffle(vVertices.begin(), vVertices.end(), rng);
-            CaptureOutput capture;
-            while (!vVertices.empty()) {
-                mesh.remove(vVertices.back());
-                vVertices.pop_back();
-                ASSERT_EQ(mesh.numberOfPoints(), vVertices.size());
-                if (vVertices.size() % 4 == 0) {
-                    ASSERT_EQ(lawsBroken(mesh), "") << vVertices.size();
-                }
-            }
-            EXPECT_FALSE(mesh.is2D());
-            EXPECT_FALSE(mesh.computeBoundingBox().isValid());
-            EXPECT_EQ(capture.out(), "");
-            mesh.insert(hardPoints::makePoints(kind, 60, rng));
-            EXPECT_EQ(lawsBroken(mesh), "");
-        }
-}
-
 TEST(Dt2Remove, VerticesOfHighDegreeGoQuickly) {
     // The hub of a wheel, and the tip of a fan: walks that begin anew with each flip would be quadratic.
     constexpr int numSpokes = 20000;
