@@ -1,6 +1,7 @@
 #include "ConstraintMgr.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <fstream>
 #include <iomanip>
@@ -308,11 +309,22 @@ std::vector<ConstraintMgr::PointPair> ConstraintMgr::findVertices(
     std::vector<PointPair> vPairs(vSegments.size());
     const VertexVault& vault = pDt->getVertexVault();
     if (vault.empty()) return vPairs;
-    for (std::size_t i = 0; i < vSegments.size(); ++i) {
-        auto& [pSrc, pTrg] = vPairs[i];
-        pSrc = isChained(vSegments, i) ? vPairs[i - 1].second
-                                       : vault.getSortedVertexPointer(vSegments[i].getSrc());
-        pTrg = vault.getSortedVertexPointer(vSegments[i].getTrg());
+    constexpr std::size_t segmentsAtOnce = 16;
+    std::vector<Point2> vEnds;
+    std::array<Point2*, 2 * segmentsAtOnce> vertices;
+    for (std::size_t first = 0; first < vSegments.size(); first += segmentsAtOnce) {
+        const std::size_t behind = std::min(first + segmentsAtOnce, vSegments.size());
+        vEnds.clear();
+        for (std::size_t i = first; i < behind; ++i) {
+            if (!isChained(vSegments, i)) vEnds.push_back(vSegments[i].getSrc());
+            vEnds.push_back(vSegments[i].getTrg());
+        }
+        vault.getSortedVertexPointers(vEnds, vertices);
+        auto nextVertex = vertices.begin();
+        for (std::size_t i = first; i < behind; ++i) {
+            vPairs[i].first = isChained(vSegments, i) ? vPairs[i - 1].second : *nextVertex++;
+            vPairs[i].second = *nextVertex++;
+        }
     }
     return vPairs;
 }

@@ -21,6 +21,12 @@ public:
     /// Index of the first item whose key isn't below `key`; the number of items if there is none.
     std::size_t lowerBound(std::uint32_t key) const noexcept;
 
+    /// Asks for the memory that the search will read first.
+    void prefetch(std::uint32_t key) const noexcept {
+        const std::size_t bucket = key >> bucketShift;
+        if (bucket < vBucketStarts.size()) __builtin_prefetch(vKeys.data() + vBucketStarts[bucket]);
+    }
+
 private:
     std::vector<std::uint32_t> vKeys;
     std::vector<std::uint32_t> vBucketStarts;  ///< per value of the leading bits; one more at the end

@@ -1,6 +1,7 @@
 #include "VertexVault.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "Dt2.h"
@@ -93,11 +94,16 @@ std::size_t VertexVault::searchKey(std::uint32_t key) const {
 /// An active item of the sorted part with this key that matches.
 template <class Matches>
 unsigned VertexVault::findItem(std::uint32_t key, Matches matches) const {
-    if (maxSortedIndex == 0) return notFound;
+    return maxSortedIndex == 0 ? notFound : findItemFrom(searchKey(key), key, matches);
+}
+
+/// The same where searchKey() has been asked for the key.
+template <class Matches>
+unsigned VertexVault::findItemFrom(std::size_t start, std::uint32_t key, Matches matches) const {
     const auto isMatch = [&](std::size_t i) {
         return vIdxVtxAct[i]->nic == key && vIdxVtxAct[i]->bAct && matches(vIdxVtxAct[i]->pVtx);
     };
-    std::size_t i = searchKey(key);
+    std::size_t i = start;
     while (i > 0 && vIdxVtxAct[i]->nic == key) --i;
     for (; i < maxSortedIndex; ++i) {
         if (isMatch(i)) return static_cast<unsigned>(i);
@@ -144,10 +150,34 @@ Point2* VertexVault::getVertexPointer(const Point2& point) const {
     return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
 }
 
-Point2* VertexVault::getSortedVertexPointer(const Point2& point) const {
-    const unsigned index =
-        findItem(pDt2->getHC().iReset(point), [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
-    return index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
+/// Step by step for a group of points at a time, so that they wait together for the memory that the next step reads.
+void VertexVault::getSortedVertexPointers(std::span<const Point2> points, std::span<Point2*> vertices) const {
+    constexpr std::size_t mostInGroup = 16;
+    if (maxSortedIndex == 0) {
+        std::fill(vertices.begin(), vertices.end(), nullptr);
+        return;
+    }
+    std::array<std::uint32_t, mostInGroup> keys;
+    std::array<std::size_t, mostInGroup> starts;
+    for (std::size_t first = 0; first < points.size(); first += mostInGroup) {
+        const std::size_t size = std::min(mostInGroup, points.size() - first);
+        for (std::size_t i = 0; i < size; ++i) {
+            keys[i] = pDt2->getHC().iReset(points[first + i]);
+            directory.prefetch(keys[i]);
+        }
+        for (std::size_t i = 0; i < size; ++i) {
+            starts[i] = searchKey(keys[i]);
+            __builtin_prefetch(&vIdxVtxAct[starts[i]]);
+        }
+        for (std::size_t i = 0; i < size; ++i) __builtin_prefetch(vIdxVtxAct[starts[i]]);
+        for (std::size_t i = 0; i < size; ++i) __builtin_prefetch(vIdxVtxAct[starts[i]]->pVtx);
+        for (std::size_t i = 0; i < size; ++i) {
+            const Point2& point = points[first + i];
+            const unsigned index =
+                findItemFrom(starts[i], keys[i], [&](const Point2* pVtx) { return samePoint(pVtx, &point); });
+            vertices[first + i] = index == notFound ? nullptr : vIdxVtxAct[index]->pVtx;
+        }
+    }
 }
 
 Triangle2* VertexVault::getCloseTriangle(std::uint32_t key) const {

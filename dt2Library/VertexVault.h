@@ -58,8 +58,9 @@ public:
     bool isActive(const Point2* pVtx) const { return findVtx(pVtx) != notFound; }
     /// The vertex at these coordinates, or null.
     Point2* getVertexPointer(const Point2& point) const;
-    /// The same, but only if the vertex is in the sorted part under its key: quick also for points that aren't there.
-    Point2* getSortedVertexPointer(const Point2& point) const;
+    /// The same for many points, but only where the vertex is in the sorted part under its key: quick also for points that
+    /// aren't there. `vertices` has room for one of each point.
+    void getSortedVertexPointers(std::span<const Point2> points, std::span<Point2*> vertices) const;
     /// A live triangle to start a walk to a point with this key from.
     Triangle2* getCloseTriangle(std::uint32_t key) const;
     /// The incident triangle of the first active item; null if not full-dimensional or (with a warning) none
@@ -136,6 +137,8 @@ private:
     std::size_t searchKey(std::uint32_t key) const;
     template <class Matches>
     unsigned findItem(std::uint32_t key, Matches matches) const;
+    template <class Matches>
+    unsigned findItemFrom(std::size_t start, std::uint32_t key, Matches matches) const;
     template <class Matches>
     unsigned findAnywhere(std::uint32_t key, Matches matches) const;
     unsigned findVtx(const Point2* pVtx) const;
