@@ -28,12 +28,8 @@ public:
 
     /// Whether the record wasn't there.
     bool insert(const Record* pRecord) {
-        const auto [pPage, bNew] = sPages.insert(pageOf(pRecord));
-        if (bNew) {
-            *pPage = {pageOf(pRecord), vPages.size()};
-            vPages.emplace_back();
-        }
-        std::uint64_t& word = vPages[pPage->index][wordOf(pRecord)];
+        if (pageOf(pRecord) != lastPage.number || vPages.empty()) lastPage = findOrMakePage(pageOf(pRecord));
+        std::uint64_t& word = vPages[lastPage.index][wordOf(pRecord)];
         const bool bWasThere = (word & bitOf(pRecord)) != 0;
         word |= bitOf(pRecord);
         return !bWasThere;
@@ -70,6 +66,15 @@ private:
         }
     };
 
+    PageOfNumber findOrMakePage(std::uint64_t number) {
+        const auto [pPage, bNew] = sPages.insert(number);
+        if (bNew) {
+            *pPage = {number, vPages.size()};
+            vPages.emplace_back();
+        }
+        return *pPage;
+    }
+
     static std::uint64_t placeOf(const Record* pRecord) noexcept {
         return reinterpret_cast<std::uintptr_t>(pRecord) >> bitsOfPlace;
     }
@@ -81,6 +86,7 @@ private:
 
     FlatTable<PageOfNumber, PageHash, NumberOf> sPages;
     std::vector<Page> vPages;
+    PageOfNumber lastPage;  ///< of the last insertion: the next one is mostly there too
 };
 
 using TriangleSet = AddressSet<Triangle2>;

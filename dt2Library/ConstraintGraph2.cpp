@@ -8,6 +8,7 @@
 #include <limits>
 #include <utility>
 
+#include "AddressSet.h"
 #include "Color.h"
 #include "Dt2.h"
 #include "FlatTable.h"
@@ -52,21 +53,32 @@ Point2* endOf(const ConstraintSegment2* pSegment, std::size_t side) {
     return side == 0 ? pSegment->getSrc() : pSegment->getTrg();
 }
 
-/// Whether segments follow each other around a ring in their order, as they mostly do, and meet in a vertex once only.
-bool formRingInOrder(const std::vector<ConstraintSegment2*>& vSegments) {
-    FlatTable<const Point2*> sVertices;
-    sVertices.reserve(vSegments.size());
+/// Whether segments follow each other around a ring in their order, as they mostly do, and meet in a vertex once only. Gives the
+/// rank of a segment at the vertex that comes first by x, then by y.
+bool formRingInOrder(const std::vector<ConstraintSegment2*>& vSegments, std::uint32_t& lowestRank) {
+    VertexSet sVertices;
     const ConstraintSegment2* pSegment = vSegments.back();
-    for (const ConstraintSegment2* pNext : vSegments) {
+    const Point2* pLowest = nullptr;
+    for (std::uint32_t i = 0; i < vSegments.size(); ++i) {
+        const ConstraintSegment2* const pNext = vSegments[i];
         const Point2* const pShared =
             touches(pNext, pSegment->getSrc()) ? pSegment->getSrc() : pSegment->getTrg();
-        if (!touches(pNext, pShared)) return false;
-        const auto [pEntry, bNew] = sVertices.insert(pShared);
-        if (!bNew) return false;
-        *pEntry = pShared;
+        if (!touches(pNext, pShared) || !sVertices.insert(pShared)) return false;
+        if (pLowest == nullptr || isBefore(pShared, pLowest)) {
+            pLowest = pShared;
+            lowestRank = i;
+        }
         pSegment = pNext;
     }
     return true;
+}
+
+/// The rank of a segment at the vertex that comes first.
+std::uint32_t lowestRankOf(const std::vector<ConstraintSegment2*>& vSegments) {
+    const auto pLowest = std::min_element(vSegments.begin(), vSegments.end(), [](auto* pA, auto* pB) {
+        return isBefore(lowerEnd(pA), lowerEnd(pB));
+    });
+    return static_cast<std::uint32_t>(pLowest - vSegments.begin());
 }
 
 /// For each of many segments, by rank, the other one at its source and at its target; none where there isn't exactly one.
@@ -103,12 +115,17 @@ RingLinks linksOf(const std::vector<ConstraintSegment2*>& vSegments) {
     return vLinks;
 }
 
-/// Tells which segments are neighbours, at least three segments given.
+/// Tells which segments are neighbours, and where to begin, at least three segments given.
 class RingNeighbours {
 public:
     explicit RingNeighbours(const std::vector<ConstraintSegment2*>& vSegments_) : vSegments(vSegments_) {
-        if (!formRingInOrder(vSegments)) vLinks = linksOf(vSegments);
+        if (formRingInOrder(vSegments, lowestRank)) return;
+        vLinks = linksOf(vSegments);
+        lowestRank = lowestRankOf(vSegments);
     }
+
+    /// The rank of a segment at the vertex that comes first by x, then by y.
+    std::uint32_t getLowestRank() const noexcept { return lowestRank; }
 
     /// The rank of the other segment at one end of a segment; none if there isn't exactly one.
     std::uint32_t at(std::uint32_t rank, std::size_t side) const {
@@ -122,6 +139,7 @@ public:
 private:
     const std::vector<ConstraintSegment2*>& vSegments;
     RingLinks vLinks;  ///< empty if the segments follow each other in their order
+    std::uint32_t lowestRank = 0;
 };
 
 }  // namespace
@@ -143,21 +161,24 @@ ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, Segments& parents, const PairRever
 }
 
 void ConstraintGraph2::init(Segments& parents) {
-    std::erase_if(parents, [this](ConstraintSegment2* pParent) {
+    bool bAllAlive = true;
+    std::erase_if(parents, [&](ConstraintSegment2* pParent) {
         pParent->addOwnerRecursive(this);
+        bAllAlive = bAllAlive && pParent->isAlive();
         const bool bDegenerate = pParent->getSrc() == pParent->getTrg();
         if (bDegenerate)
             warning("ConstraintGraph2::ConstraintGraph2()", "Ignoring a degenerate constraint segment");
         return bDegenerate;
     });
-    bIsPolygon = checkAndSortPolygon(parents);
+    bIsPolygon = checkAndSortPolygon(parents, bAllAlive);
     if (!bIsPolygon) vCSegParents.clear();
 }
 
 // ------------------------------------------------------------------------------------------------ the ring
 
-bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents) {
+bool ConstraintGraph2::checkAndSortPolygon(const Segments& parents, bool bAllAlive) {
     if (!checkAndSortPolygonSub(parents)) return false;
+    if (bAllAlive) return true;
     Segments vDivided;
     std::copy_if(parents.begin(), parents.end(), std::back_inserter(vDivided),
                  [](const ConstraintSegment2* pParent) { return !pParent->isAlive(); });
@@ -171,14 +192,8 @@ bool ConstraintGraph2::checkAndSortPolygonSub(const Segments& parents) {
     if (parents.size() < 3) return false;
     const RingNeighbours neighbours(parents);
 
-    std::uint32_t start = 0;
-    const Point2* pStart = lowerEnd(parents[start]);
-    for (std::uint32_t i = 1; i < parents.size(); ++i) {
-        const Point2* const pLower = lowerEnd(parents[i]);
-        if (!isBefore(pLower, pStart)) continue;
-        start = i;
-        pStart = pLower;
-    }
+    const std::uint32_t start = neighbours.getLowestRank();
+    const Point2* const pStart = lowerEnd(parents[start]);
     const std::uint32_t other = neighbours.at(start, sideOf(parents[start], pStart));
     if (other == none) return false;
     std::uint32_t current = start;

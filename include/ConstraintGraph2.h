@@ -78,7 +78,7 @@ private:
     using Segments = std::vector<ConstraintSegment2*>;
 
     void init(Segments& parents);
-    bool checkAndSortPolygon(const Segments& parents);
+    bool checkAndSortPolygon(const Segments& parents, bool bAllAlive);
     bool checkAndSortPolygonSub(const Segments& parents);
     ConstraintSegment2::Role::Direction findDirection(const ConstraintSegment2* pSegment) const;
     void setDirection(ConstraintSegment2* pSegment, bool bReverse);
