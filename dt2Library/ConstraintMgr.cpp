@@ -72,8 +72,17 @@ bool isChained(const std::vector<Segment2>& vSegments, std::size_t i) {
     return samePoint(&end, &begin);
 }
 
+/// The triangles at the segments' sources are asked for some time before they are read.
+void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_t i) {
+    constexpr std::size_t far = 16, near = 8;
+    if (i + far < vSegments.size()) __builtin_prefetch(vSegments[i + far]->getSrc());
+    if (i + near < vSegments.size()) prefetchTriangle(vSegments[i + near]->getSrc()->getIncidentTriangle());
+}
+
+}  // namespace
+
 /// Reports about a hundred times in a loop over `n` things that make up a part of an operation.
-class LoopProgress {
+class ConstraintMgr::LoopProgress {
 public:
     LoopProgress(Progress& progress_, std::size_t n)
         : progress(progress_), step(std::max<std::size_t>(n / 100, 1)) {
@@ -87,15 +96,6 @@ private:
     Progress& progress;
     std::size_t step;
 };
-
-/// The triangles at the segments' sources are asked for some time before they are read.
-void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_t i) {
-    constexpr std::size_t far = 16, near = 8;
-    if (i + far < vSegments.size()) __builtin_prefetch(vSegments[i + far]->getSrc());
-    if (i + near < vSegments.size()) prefetchTriangle(vSegments[i + near]->getSrc()->getIncidentTriangle());
-}
-
-}  // namespace
 
 ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_) {
     constexpr int firstRecords = 8, mostRecords = 65536;
@@ -145,13 +145,41 @@ void ConstraintMgr::getAliveConstraintSegments(Segments& out) const {
 
 // ------------------------------------------------------------------------------------------------- records
 
+/// The labels of records that are about to be made, taken at once: an atomic count waits until all that was written before has
+/// arrived in the cache, and of masses of records that is their fresh memory. What isn't used goes back, unless another
+/// thread has taken labels meanwhile.
+class ConstraintMgr::Labels {
+public:
+    explicit Labels(std::size_t mostRecords)
+        : next(ConstraintSegment2::runningLabel.fetch_add(static_cast<std::uint32_t>(mostRecords),
+                                                          std::memory_order_relaxed)),
+          behind(next + static_cast<std::uint32_t>(mostRecords)) {}
+    ~Labels() {
+        ConstraintSegment2::runningLabel.compare_exchange_strong(behind, next, std::memory_order_relaxed);
+    }
+    Labels(const Labels&) = delete;
+    Labels& operator=(const Labels&) = delete;
+
+    std::uint32_t take() noexcept { return next++; }
+
+private:
+    std::uint32_t next, behind;
+};
+
 ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q,
                                                         ConstraintInsertionStrategy cis) {
+    Labels labels(1);
+    return addConstraintSegment(p, q, cis, labels);
+}
+
+ConstraintSegment2* ConstraintMgr::addConstraintSegment(Point2* p, Point2* q, ConstraintInsertionStrategy cis,
+                                                        Labels& labels) {
     require(p != q, "p0<p1");
     const VertexPair2 ends(p, q);
     const auto [ppSegment, bNew] = mConstraintSegments.insert(ends);
     if (!bNew) return *ppSegment;
-    *ppSegment = ::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis);
+    *ppSegment =
+        ::new (segmentPool.get()) ConstraintSegment2(ends.getVtx0(), ends.getVtx1(), cis, labels.take());
     manageHash(*ppSegment);
     return *ppSegment;
 }
@@ -252,13 +280,22 @@ ConstraintGraph2* ConstraintMgr::keep(std::unique_ptr<ConstraintGraph2> pGraph) 
     return vConstraintGraphs.back().get();
 }
 
-ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& vPairs,
-                                                  ConstraintInsertionStrategy cis, bool bApply) {
-    Progress& progress = pDt->getProgress();
-    // Making, and enforcing, which counts twice.
-    progress.start("establish constraints", 3 * vPairs.size());
-    LoopProgress loopProgress(progress, vPairs.size());
-    mConstraintSegments.reserve(mConstraintSegments.size() + vPairs.size());
+/// Room for that many new records. Very many get a block of their own: the pool's growing blocks would touch half as much memory
+/// again, for the first time, which costs more than what is done with it.
+void ConstraintMgr::reserve(std::size_t numRecords) {
+    constexpr std::size_t veryMany = 32768;  // two megabytes
+    const bool bHasRoom = numRecords <= static_cast<std::size_t>(segmentPool.numLeftInBlock());
+    if (!bHasRoom && numRecords >= veryMany && numRecords <= std::size_t{std::numeric_limits<int>::max()})
+        segmentPool.alloc(static_cast<int>(numRecords));
+    mConstraintSegments.reserve(mConstraintSegments.size() + numRecords);
+}
+
+/// The records of the pairs, made or existing; a pair of one vertex has none.
+ConstraintMgr::Segments ConstraintMgr::makeRecords(const std::vector<PointPair>& vPairs,
+                                                   ConstraintInsertionStrategy cis,
+                                                   LoopProgress& loopProgress) {
+    reserve(vPairs.size());
+    Labels labels(vPairs.size());
     Segments vSegments;
     vSegments.reserve(vPairs.size());
     for (std::size_t i = 0; i < vPairs.size(); ++i) {
@@ -268,13 +305,23 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& 
         if (i + ahead < vPairs.size())
             mConstraintSegments.prefetch(VertexPair2(vPairs[i + ahead].first, vPairs[i + ahead].second));
         if (p != q) {
-            vSegments.push_back(addConstraintSegment(p, q, cis));
+            vSegments.push_back(addConstraintSegment(p, q, cis, labels));
             continue;
         }
         warning("ConstraingMgr::createConstraint",
                 "(0) Identical source and endpoint, a constraint segment has been skipped.");
         print(compose(*p, " <-> ", *q, "\n"));
     }
+    return vSegments;
+}
+
+ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<PointPair>& vPairs,
+                                                  ConstraintInsertionStrategy cis, bool bApply) {
+    Progress& progress = pDt->getProgress();
+    // Making, and enforcing, which counts twice.
+    progress.start("establish constraints", 3 * vPairs.size());
+    LoopProgress loopProgress(progress, vPairs.size());
+    Segments vSegments = makeRecords(vPairs, cis, loopProgress);
     // Before anything is enforced: what is divided needs an owner.
     ConstraintGraph2* const pGraph = keep(std::make_unique<ConstraintGraph2>(pDt, vSegments, cis));
     for (std::size_t i = 0; bApply && i < vSegments.size(); ++i) {

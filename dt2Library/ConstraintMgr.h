@@ -113,6 +113,13 @@ private:
                ((wordOf(*pVertexFilter, p) & bitOf(p)) != 0 && (wordOf(*pVertexFilter, q) & bitOf(q)) != 0);
     }
 
+    class Labels;
+    class LoopProgress;
+    ConstraintSegment2* addConstraintSegment(Point2* p, Point2* q, ConstraintInsertionStrategy cis,
+                                             Labels& labels);
+    void reserve(std::size_t numRecords);
+    Segments makeRecords(const std::vector<PointPair>& vPairs, ConstraintInsertionStrategy cis,
+                         LoopProgress& loopProgress);
     std::vector<PointPair> findVertices(const std::vector<Segment2>& vSegments) const;
     void insertMissing(const std::vector<Segment2>& vSegments, std::vector<PointPair>& vPairs);
     ConstraintGraph2* createDirected(const std::vector<PointPair>& vPairs, ConstraintInsertionStrategy cis);

@@ -20,7 +20,11 @@ namespace KELMAR_NORVIK2D {
 std::atomic<std::uint32_t> ConstraintSegment2::runningLabel{0};
 
 ConstraintSegment2::ConstraintSegment2(Point2* p0_, Point2* p1_, ConstraintInsertionStrategy cis_)
-    : p0(p0_), p1(p1_), cis(cis_), label(runningLabel.fetch_add(1, std::memory_order_relaxed)) {
+    : ConstraintSegment2(p0_, p1_, cis_, runningLabel.fetch_add(1, std::memory_order_relaxed)) {}
+
+ConstraintSegment2::ConstraintSegment2(Point2* p0_, Point2* p1_, ConstraintInsertionStrategy cis_,
+                                       std::uint32_t label_)
+    : p0(p0_), p1(p1_), cis(cis_), label(label_) {
     require(ByAddress{}(p0, p1), "p0<p1");
 }
 
@@ -30,10 +34,7 @@ bool ConstraintSegment2::operator<(const ConstraintSegment2& other) const noexce
 
 // -------------------------------------------------------------------------------------------------- owners
 
-/// The role of a graph, a new one if it has none.
-ConstraintSegment2::Role& ConstraintSegment2::roleOf(ConstraintGraph2* pGraph) {
-    if (pFirstGraph == nullptr) pFirstGraph = pGraph;
-    if (pFirstGraph == pGraph) return firstRole;
+ConstraintSegment2::Role& ConstraintSegment2::furtherRoleOf(ConstraintGraph2* pGraph) {
     if (pFurtherRoles == nullptr) pFurtherRoles = std::make_unique<Roles>();
     return (*pFurtherRoles)[pGraph];
 }

@@ -125,6 +125,8 @@ public:
     std::int64_t numHandedOut() const noexcept {
         return vBlocks.empty() ? 0 : vBlocks.back().firstRank + last + 1;
     }
+    /// Records that can be handed out before there is another block.
+    int numLeftInBlock() const noexcept { return capacity - last - 1; }
     std::size_t numBlocks() const noexcept { return vBlocks.size(); }
     int blockSize(std::size_t index) const noexcept { return vBlocks[index].size; }
     /// Whether all records so far came from the blocks that were asked for.

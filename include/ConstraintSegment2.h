@@ -103,6 +103,9 @@ private:
     friend NORVIK2D_EXPORT std::ostream& operator<<(std::ostream& os, const ConstraintSegment2& segment);
 
     friend class ConstraintGraph2;
+    friend class ConstraintMgr;
+
+    ConstraintSegment2(Point2* p0_, Point2* p1_, ConstraintInsertionStrategy cis_, std::uint32_t label_);
 
     /// What a graph has to do with the record. The direction stays when the graph ceases to be an owner.
     struct Role {
@@ -114,7 +117,12 @@ private:
     using Roles = std::map<ConstraintGraph2*, Role>;
 
     bool isSplit() const noexcept { return vChildren[0] != nullptr; }
-    Role& roleOf(ConstraintGraph2* pGraph);
+    /// The role of a graph, a new one if it has none.
+    Role& roleOf(ConstraintGraph2* pGraph) {
+        if (pFirstGraph == nullptr) pFirstGraph = pGraph;
+        return pFirstGraph == pGraph ? firstRole : furtherRoleOf(pGraph);
+    }
+    Role& furtherRoleOf(ConstraintGraph2* pGraph);
     const Role* findRole(const ConstraintGraph2* pGraph) const noexcept;
     std::vector<ConstraintGraph2*> getOwners() const;
     ConstraintMgr* getManager() const;
