@@ -293,9 +293,15 @@ Point2* Dt2::newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS)
         return beginning.pVtx;
     }
 
-    // The crossed triangles, and the edges along them to the right and to the left.
     Triangle2* pT = beginning.pT;
     int exit = indexOf(pT, s);
+    if (farCorner(pT, exit) == t && !isConstraint(pT, exit)) {
+        // Two crossed triangles become those two that rebuilding would make of them.
+        flipEdge(pT, exit);
+        return nullptr;
+    }
+
+    // The crossed triangles, and the edges along them to the right and to the left.
     vRightChain.assign(1, {pT, cw(exit)});
     vLeftChain.assign(1, {pT, ccw(exit)});
     vCrossedT.assign(1, pT);
