@@ -129,6 +129,7 @@ private:
 
     void rehash(std::size_t numPlaces) {
         std::vector<std::uint8_t> vOldMarks(numPlaces, freePlace);
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): entries may be pointers.
         Entries pOld(static_cast<Entry*>(allocateBlock(numPlaces * sizeof(Entry))));
         if (pOld == nullptr) throw std::bad_alloc();
         vOldMarks.swap(vMarks);
