@@ -309,6 +309,15 @@ TEST(Zone2, OutlastsAllChangesOfTheMesh) {
     }
 }
 
+TEST(Zone2, WhatSeveralSeedsReachIsBoundedOnce) {
+    Norvik_2D mesh;
+    mesh.insert(box(0, 0, 20, 20));
+    ConstraintGraph2* const pGraph = mesh.createConstraint(ring(box(4, 4, 10, 10)), CIS_CONSTRAINED_DELAUNAY);
+    Zone2 zone(mesh.getImpl(), {pGraph}, ZL_GROW, {Point2(5, 6), Point2(9, 8)});
+    EXPECT_NEAR(zone.getArea2D(), 72.0, 1e-9) << "twice";
+    EXPECT_NEAR(zone.convertToBoundedZone()->getArea2D(), 36.0, 1e-9);
+}
+
 TEST(Zone2, WhatCantBeMadeIsNullWithAMessage) {
     Board board, other;
     Norvik_2D empty, &mesh = board.mesh;
