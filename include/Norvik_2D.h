@@ -15,6 +15,7 @@
 #include "NorvikException.h"
 #include "Point2.h"
 #include "Segment2.h"
+#include "SegmentChecker.h"
 #include "Triangle2.h"
 #include "TriangleAroundVertexIterator.h"
 #include "Vector2.h"

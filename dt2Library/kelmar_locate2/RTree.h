@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "norvikExport.h"
+
+namespace KELMAR_TOOLS {
+template <class Space>
+class PackedTree;
+}
+
+/// A spatial index of boxes in the plane.
+namespace KELMAR_LOCATE2 {
+
+/// A closed box. By default it is empty, with its bounds the wrong way round, and meets nothing.
+struct Bbox2 {
+    double minX = std::numeric_limits<double>::max();
+    double minY = std::numeric_limits<double>::max();
+    double maxX = -std::numeric_limits<double>::max();
+    double maxY = -std::numeric_limits<double>::max();
+};
+
+/// An object that waits for the tree to be built.
+struct TempContent {
+    void* pObject;
+    double minX, minY, maxX, maxY;
+    unsigned key;  ///< along the Hilbert curve, known when the tree is built
+};
+
+/// An object in the tree, with its box.
+struct Item {
+    void* pObject;
+    double minX, minY, maxX, maxY;
+};
+
+/// A node of the tree: a leaf has up to two items, an inner node up to eight children. Nodes belong to their tree, which alone
+/// makes them.
+class NORVIK2D_EXPORT Node {
+public:
+    /// The half-open range of items that an inner node has.
+    static constexpr int noItems = 2147483647;
+
+    /// Gives this inner node one more child, and grows its box. Behind the eighth an assertion fails (NorvikException).
+    void addChild(Node* pChild);
+
+    /// Appends the items below this node whose boxes meet the given one, boundaries included, in the order of the curve.
+    void getIntersectedItems(std::vector<Item*>& out, const Bbox2& box) const;
+
+    /// Without children; also an inner node that got none.
+    bool isLeaf() const noexcept { return getNumberOfChildren() == 0; }
+    std::size_t getNumberOfChildren() const noexcept;
+    Node* getChild(std::size_t i) const noexcept;
+    Node* getParent() const noexcept { return pParent; }
+    /// The items of a leaf: the first one's place in the order of the curve, and the place behind the last one.
+    int getFirstItem() const noexcept { return firstItem; }
+    int getLastItem() const noexcept { return lastItem; }
+    /// The tight box of all items below, empty if there are none.
+    const Bbox2& getBox() const noexcept { return box; }
+
+private:
+    template <class Space>
+    friend class KELMAR_TOOLS::PackedTree;
+
+    Bbox2 box;
+    Node* pParent = nullptr;
+    int firstItem = noItems;
+    int lastItem = noItems;
+};
+
+/// A static tree of boxes: objects are collected, and at the first question sorted along a Hilbert curve and packed from the
+/// leaves up. Nothing can be taken out.
+///
+/// Objects that are added after the first question are never found. Once the tree is built, several threads may ask at once.
+class NORVIK2D_EXPORT RTree {
+public:
+    RTree();
+    ~RTree();
+    RTree(const RTree&) = delete;
+    RTree& operator=(const RTree&) = delete;
+
+    /// Adds an object with its closed box. A box with its bounds the wrong way round fails an assertion (NorvikException).
+    void addObject(void* pObject, double xmin, double ymin, double xmax, double ymax);
+
+    /// The tight box of all objects added so far; without any the bounds of an empty box.
+    void getBounds(double& minX, double& minY, double& maxX, double& maxY) const;
+
+    /// Builds the tree, as the first question does by itself. Without objects there is none; a second call has no effect.
+    void finish();
+
+    /// Appends the items whose boxes meet the given one, boundaries included, in the order of the curve. They belong to the tree.
+    void getBBIntersectedItems(const Bbox2& box, std::vector<Item*>& out);
+
+    /// The top of the tree, null before it is built.
+    const Node* getRoot() const noexcept;
+
+private:
+    struct Plane;
+    std::unique_ptr<KELMAR_TOOLS::PackedTree<Plane>> pTree;
+};
+
+}  // namespace KELMAR_LOCATE2
