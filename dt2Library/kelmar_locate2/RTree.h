@@ -15,6 +15,8 @@ class PackedTree;
 /// A spatial index of boxes in the plane.
 namespace KELMAR_LOCATE2 {
 
+struct Plane;
+
 /// A closed box. By default it is empty, with its bounds the wrong way round, and meets nothing.
 struct Bbox2 {
     double minX = std::numeric_limits<double>::max();
@@ -43,20 +45,24 @@ public:
     /// The half-open range of items that an inner node has.
     static constexpr int noItems = 2147483647;
 
-    /// Gives this inner node one more child, and grows its box. Behind the eighth an assertion fails (NorvikException).
+    /// Gives this inner node one more child, and grows its box. The children of a node are neighbours in memory, in their order;
+    /// any other child, and one behind the eighth, fails an assertion (NorvikException).
     void addChild(Node* pChild);
 
     /// Appends the items below this node whose boxes meet the given one, boundaries included, in the order of the curve.
     void getIntersectedItems(std::vector<Item*>& out, const Bbox2& box) const;
 
-    /// Without children; also an inner node that got none.
-    bool isLeaf() const noexcept { return getNumberOfChildren() == 0; }
-    std::size_t getNumberOfChildren() const noexcept;
-    Node* getChild(std::size_t i) const noexcept;
-    Node* getParent() const noexcept { return pParent; }
+    /// Without children; an inner node that got none, too.
+    bool isLeaf() const noexcept { return numChildren == 0; }
+    std::size_t getNumberOfChildren() const noexcept { return static_cast<std::size_t>(numChildren); }
+    const Node* getChild(std::size_t i) const noexcept { return pFirstChild + i; }
+    /// Null at the top.
+    const Node* getParent() const noexcept {
+        return distanceToParent == 0 ? nullptr : this + distanceToParent;
+    }
     /// The items of a leaf: the first one's place in the order of the curve, and the place behind the last one.
-    int getFirstItem() const noexcept { return firstItem; }
-    int getLastItem() const noexcept { return lastItem; }
+    int getFirstItem() const noexcept { return isLeaf() ? firstItem : noItems; }
+    int getLastItem() const noexcept { return isLeaf() ? lastItem : noItems; }
     /// The tight box of all items below, empty if there are none.
     const Bbox2& getBox() const noexcept { return box; }
 
@@ -64,10 +70,14 @@ private:
     template <class Space>
     friend class KELMAR_TOOLS::PackedTree;
 
+    // As large as a cache line. Of an inner node the items are all those below.
     Bbox2 box;
-    Node* pParent = nullptr;
+    Node* pFirstChild = nullptr;
+    Item* pItems = nullptr;  ///< of the whole tree
     int firstItem = noItems;
     int lastItem = noItems;
+    int distanceToParent = 0;  ///< in nodes
+    int numChildren = 0;
 };
 
 /// A static tree of boxes: objects are collected, and at the first question sorted along a Hilbert curve and packed from the
@@ -81,6 +91,8 @@ public:
     RTree(const RTree&) = delete;
     RTree& operator=(const RTree&) = delete;
 
+    /// Makes room for that many objects in all.
+    void reserve(std::size_t numObjects);
     /// Adds an object with its closed box. A box with its bounds the wrong way round fails an assertion (NorvikException).
     void addObject(void* pObject, double xmin, double ymin, double xmax, double ymax);
 
@@ -97,7 +109,6 @@ public:
     const Node* getRoot() const noexcept;
 
 private:
-    struct Plane;
     std::unique_ptr<KELMAR_TOOLS::PackedTree<Plane>> pTree;
 };
 
