@@ -29,18 +29,6 @@ int Dt2::setNumCPU(int n) {
     return numCPU;
 }
 
-/// A record whose fields are still to be written.
-inline Triangle2* Dt2::takeTriangle() {
-    if (recycledTriangles.empty()) {
-        Triangle2* pFreshT = trianglePool.get();
-        makeDead(pFreshT);  // should memory run out before it is written
-        return pFreshT;
-    }
-    Triangle2* pT = recycledTriangles.back();
-    recycledTriangles.pop_back();
-    return pT;
-}
-
 Triangle2* Dt2::createTriangle(Point2* a, Point2* b, Point2* c) {
     Triangle2* pT = takeTriangle();
     setCorners(pT, a, b, c);

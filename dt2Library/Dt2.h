@@ -20,6 +20,7 @@
 #include "MsgBase.h"
 #include "Point2.h"
 #include "Progress.h"
+#include "RefinementQueue.h"
 #include "SimplePool.h"
 #include "StarFlipper.h"
 #include "Triangle2.h"
@@ -29,6 +30,8 @@
 
 namespace KELMAR_NORVIK2D {
 
+class MeshGenParams;
+class RefCand3;
 class Visualizer2;
 
 /// A triangulation. It owns every vertex and triangle of one mesh; records never move, and stay until it is
@@ -104,6 +107,8 @@ public:
     /// Exchanges the diagonal across an edge without testing anything. The corner opposite that edge becomes
     /// corner 0 of both triangles.
     void flip(Triangle2* pT, int edge);
+    /// Law 3 for a point that isn't in the mesh.
+    void coverByPredicates(const Point2& point);
     /// To be called by who flips against the Delaunay property.
     void expectLackOfDelaunay() noexcept { bMayLackDelaunay = true; }
     /// Whether the edge is no constraint and the quadrilateral around it is strictly convex.
@@ -267,6 +272,31 @@ public:
     void CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vector<Point2*>& vInner,
                                        std::vector<Point2*>& vSorted);
 
+    // Dt2_meshing.cpp: refinement of a zone, which adds vertices and divides constraints
+
+    void refineClassic(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                       bool bAllowConstraintSplitting);
+    void refineAdvanced(MeshGenParams* pParams);
+    void refineGate(MeshGenParams* pParams) { refineMain3(pParams); }
+    /// Refines until no triangle of the zone can be bettered any more, or until a limit of passes, of vertices or of doubles.
+    void refineMain3(MeshGenParams* pParams);
+    /// False, with an error message, for parameters that can't be met.
+    bool haveValidPreconditions(MeshGenParams* pParams);
+    /// Refinement queues the triangles that it changes; without a run nothing happens.
+    void addRefCand3(Triangle2* pT) {
+        if (pRefinementQueue != nullptr && pT != nullptr) queueForRefinement(pT);
+    }
+    /// One step. Whether the mesh has changed, or was meant to.
+    bool tryRefine(RefCand3& candidate, MeshGenParams* pParams);
+    /// Queues the triangles around a vertex that has divided a constraint, on its left side, unless there are very many.
+    void addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit);
+    /// Puts a vertex into a triangle and restores the Delaunay property.
+    void insertVertexForRefinement(Point2*& pNew, Triangle2* pContainingTriangle);
+    /// Tells, once a run, that doubles end before the limits are met.
+    void reportPrecisionLimit();
+    /// The number of vertices after which a run ends.
+    void setMostRefinementVertices(std::size_t n) noexcept { mostRefinementVertices = n; }
+
     // Dt2_output.cpp
 
     void show(const std::string& fileName, bool bWithConstraints);
@@ -279,7 +309,17 @@ public:
 
 private:
     // Dt2.cpp
-    Triangle2* takeTriangle();
+    /// A record whose fields are still to be written.
+    Triangle2* takeTriangle() {
+        if (recycledTriangles.empty()) {
+            Triangle2* pFreshT = trianglePool.get();
+            makeDead(pFreshT);  // should memory run out before it is written
+            return pFreshT;
+        }
+        Triangle2* pT = recycledTriangles.back();
+        recycledTriangles.pop_back();
+        return pT;
+    }
     Point2* insertWhileDegenerate(const Point2& point);
     void hReconfiguration();
     void flipUntilDelaunay(const Point2* pVtx);
@@ -287,7 +327,6 @@ private:
     void attachToHull(Point2* pVtx);
     void legaliseInRounds(const Point2* pVtx);
     Triangle2* insertLocated(Point2*& pVtx, Triangle2* pT, int code, int edge);
-    void coverByPredicates(const Point2& point);
     bool sees(const Point2* pVtx, const Side& side);
 
     // Dt2_constraints.cpp
@@ -339,8 +378,14 @@ private:
     void flipRoundsUntilDelaunay(bool bRespectConstraints);
     void restoreFlippedConstraints();
     void flipBackToDelaunay(std::vector<Side>& vOpen);
-    /// Refinement wants to hear of changed triangles; there is none yet.
-    void addRefCand3(Triangle2* /*pT*/) noexcept {}
+
+    // Dt2_meshing.cpp
+    void queueForRefinement(Triangle2* pT);
+    void getInitialRefineCandidates(MeshGenParams* pParams);
+    bool refineOnce(MeshGenParams* pParams);
+    void insertSteiner(const Point2& steiner, Triangle2* pContainingTriangle);
+    bool splitForRefinement(const RefCand3& candidate, const ConstraintGraph2* pGraph);
+    bool isRefinementExhausted();
 
     int numCPU = 1;
     std::map<std::string, std::pair<int, double>> mDevelopmentSettings;
@@ -359,6 +404,11 @@ private:
     Progress progress;
     ConstraintMgr constraintMgr{this};
     InnerVtxMgr innerVtxMgr;
+    std::unique_ptr<RefinementQueue> pRefinementQueue;  ///< exists while refinement runs
+    const MeshGenParams* pUniformLimits = nullptr;      ///< of the present run, if they are
+    std::size_t mostRefinementVertices = 50000000;
+    std::size_t numRefinementVertices = 0;  ///< made in this run
+    bool bPrecisionLimitReached = false;    ///< in this run
     std::map<const Zone2*, std::unique_ptr<Zone2>> sZones;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run
@@ -367,6 +417,12 @@ private:
     StarFlipper flipper{predicates};
     std::vector<Side> vHullLeft, vHullRight;
     std::vector<Triangle2*> vRound, vNextRound;
+    /// A triangle that had a new vertex as corner 0, and its other corners.
+    struct StarTriangle {
+        Triangle2* pTriangle;
+        Point2 *p, *q;
+    };
+    std::vector<StarTriangle> vStar;
     std::vector<Triangle2*> vUmbrellaT;
     /// The triangles around an umbrella, each with the corner where the edge to it begins, as the umbrella sees it.
     std::vector<std::pair<Point2*, Triangle2*>> vSurroundings;

@@ -81,7 +81,6 @@ Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const {
     return nullptr;
 }
 
-/// Law 3 for a point that isn't in the mesh.
 void Dt2::coverByPredicates(const Point2& point) {
     const double magnitude = std::max(std::fabs(point.x()), std::fabs(point.y()));
     if (magnitude > predicates.getBoundMagnitude()) predicates.setStaticBound(magnitude);

@@ -138,6 +138,25 @@ Zone2* Norvik_2D::createZone_cookieCutter(const std::vector<Segment2>& vSegments
 
 void Norvik_2D::deleteZone(Zone2* pZone) { pImpl->deleteZone(pZone); }
 
+void Norvik_2D::refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                       bool bAllowConstraintSplitting) {
+    RoundToNearest nearest;
+    if (pZone == nullptr) {
+        printToStandardError("\nWarning: Norvik_2D::refine(..) has been called with pZone==NULL\n\n");
+        return;
+    }
+    if (minAngleDegree > 30.0) {
+        printToStandardError("\nWarning: Norvik_2D::refine(..), minAngleDegree can't be >30\n\n");
+        return;
+    }
+    pImpl->refineClassic(pZone, minAngleDegree, minEdgeLength, maxEdgeLength, bAllowConstraintSplitting);
+}
+
+void Norvik_2D::refineAdvanced(MeshGenParams* pParameters) {
+    RoundToNearest nearest;
+    pImpl->refineAdvanced(pParameters);
+}
+
 void Norvik_2D::cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
     RoundToNearest nearest;
     std::vector<ConstraintSegment2*> vPieces;

@@ -20,8 +20,15 @@ public:
     /// Whether nothing waits to be flipped.
     bool isIdle() const noexcept { return vCheckT.empty(); }
 
-    /// Divides a triangle in three, using the fresh records `pA` and `pB`.
-    [[gnu::always_inline]] void splitInThree(Triangle2* pT, Point2* p, Triangle2* pA, Triangle2* pB) {
+    /// A triangle divided in three: its corners, and the corners beyond its edges, null outside the hull.
+    struct DividedTriangle {
+        Point2 *a, *b, *c;
+        const Point2 *pFarA, *pFarB, *pFarC;
+    };
+
+    /// Divides a triangle in three, using the fresh records `pA` and `pB`, and no predicates.
+    [[gnu::always_inline]] static DividedTriangle divideInThree(Triangle2* pT, Point2* p, Triangle2* pA,
+                                                                Triangle2* pB) {
         //         a
         //        /|\           T becomes (p,a,b), A is (p,b,c), B is (p,c,a)
         //       / p \          nX: the neighbour opposite x
@@ -45,8 +52,12 @@ public:
         setIncidentTriangle(c, pB);
         const Point2* const pFarA = replaceNeighbour(nA, pT, pA);
         const Point2* const pFarB = replaceNeighbour(nB, pT, pB);
-        const Point2* const pFarC = farCornerOrNull(nC, pT);
+        return {a, b, c, pFarA, pFarB, farCornerOrNull(nC, pT)};
+    }
 
+    /// The same, and makes the stack of the edges that are to be flipped.
+    [[gnu::always_inline]] void splitInThree(Triangle2* pT, Point2* p, Triangle2* pA, Triangle2* pB) {
+        const auto [a, b, c, pFarA, pFarB, pFarC] = divideInThree(pT, p, pA, pB);
         // All tests before the first jump that depends on one: which way it goes can't be predicted.
         const unsigned wanted = wantedFlips(pT, pA, p, a, b, c, pFarC, pFarA);
         const bool bWantedB = isFlipWanted(pB, p, c, a, pFarB);
@@ -124,7 +135,6 @@ public:
     /// Whether the circumcircle across edge 0 of a triangle at the vertex contains the vertex. There is none outside the hull.
     bool isFlipWanted(const Triangle2* pT, const Point2* pVtx);
 
-private:
     /// The same for a triangle (vertex,a,b), `pFar` being the corner beyond, null outside the hull.
     [[gnu::always_inline]] bool isFlipWanted(const Triangle2* pT, const Point2* pVtx, const Point2* pA,
                                              const Point2* pB, const Point2* pFar) {
@@ -153,6 +163,7 @@ private:
         return decideFlips(pT, pNextT, pVtx, verdicts);
     }
 
+private:
     unsigned decideFlips(const Triangle2* pT, const Triangle2* pNextT, const Point2* pVtx,
                          CircleVerdicts verdicts);
 

@@ -1,8 +1,7 @@
 #include "TriangleAroundVertexIterator.h"
 
-#include <iostream>
-
 #include "NorvikException.h"
+#include "standardOutput.h"
 #include "triangleLinks.h"
 
 namespace KELMAR_NORVIK2D {
@@ -10,8 +9,8 @@ namespace KELMAR_NORVIK2D {
 TriangleAroundVertexIterator::TriangleAroundVertexIterator(const Point2* pVertex_)
     : pVertex(pVertex_), pCurrent(pVertex_ != nullptr ? pVertex_->getIncidentTriangle() : nullptr) {
     if (pCurrent != nullptr) return;
-    std::cerr << "TriangleAroundVertexIterator::TriangleAroundVertexIterator(), created from an invalid point"
-              << std::endl;
+    printToStandardError(
+        "TriangleAroundVertexIterator::TriangleAroundVertexIterator(), created from an invalid point\n");
     throw NorvikException();
 }
 

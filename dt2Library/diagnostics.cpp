@@ -88,6 +88,12 @@ void print(std::string_view text) {
     std::cout << text << std::flush;
 }
 
+void printToStandardError(std::string_view text) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    std::cerr << text << std::flush;
+}
+
 // The message, then the place on a line of its own, then the exception: users and their scripts rely on this
 // order.
 void conditionFailed(const char* condition, const char* file, int line) {

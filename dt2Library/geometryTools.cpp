@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "angles.h"
 #include "diagnostics.h"
 #include "heron.h"
 #include "require.h"
@@ -14,21 +15,13 @@ namespace KELMAR_NORVIK2D {
 
 Vector2 normalize(const Vector2& vector) {
     RoundToNearest nearest;
-    const double length = vector.length();
-    // So written that a NaN counts as a null vector too.
-    if (!(length > 0.0)) {
-        print("warning: normalize(const Vector2& other), Null length vector!\n");
-        return {0.0, 0.0};
-    }
-    return vector / length;
+    const Vector2 unit = unitVector(nearest.keep(vector.x()), nearest.keep(vector.y()));
+    return {nearest.keep(unit.x()), nearest.keep(unit.y())};
 }
 
 double getAngleDegree(const Vector2& a, const Vector2& b) {
     RoundToNearest nearest;
-    // Ten digits by convention: angles that clients compare with were made with this factor, not with 180/pi.
-    constexpr double degreesPerRadian = 57.295779513;
-    // Rounding may lead the product of two unit vectors slightly out of the domain of acos.
-    return nearest.keep(std::acos(std::clamp(a * b, -1.0, 1.0)) * degreesPerRadian);
+    return nearest.keep(degreesOf(std::clamp(a * b, -1.0, 1.0)));
 }
 
 Point2 barycenter(const Point2& p0, const Point2& p1, const Point2& p2) {

@@ -13,6 +13,9 @@ namespace KELMAR_NORVIK2D {
 /// don't mix, and is flushed, so that none is lost when the host ends badly.
 void print(std::string_view text);
 
+/// The same for the few texts that go to standard error.
+void printToStandardError(std::string_view text);
+
 /// The values one after the other, as a stream writes them by default: whatever format, locale or rounding
 /// mode the host has set, the texts of messages stay the same.
 template <class... Values>

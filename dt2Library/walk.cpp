@@ -1,7 +1,6 @@
 #include "walk.h"
 
 #include <algorithm>
-#include <cstdint>
 
 #include "hotLoop.h"
 #include "require.h"
@@ -72,20 +71,6 @@ struct QuickStart {
 
     bool bLeaves, bInside;
     int numPassed, exit;
-};
-
-/// Edge indices at random, as any thread may need them: the standard library's generator is one for all.
-class RandomEdges {
-public:
-    int next() {
-        state ^= state << 13;
-        state ^= state >> 17;
-        state ^= state << 5;
-        return static_cast<int>(state % 3);
-    }
-
-private:
-    std::uint32_t state = 0x9E3779B9U;
 };
 
 /// Which of the two edges ahead is asked first: by turns, or the one on the side of the line from corner 0 of the first

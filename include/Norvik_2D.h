@@ -11,6 +11,7 @@
 #include "ConstraintSegment2.h"
 #include "Edge2.h"
 #include "Label.h"
+#include "MeshGenParams.h"
 #include "MsgBase.h"
 #include "NorvikException.h"
 #include "Point2.h"
@@ -162,6 +163,20 @@ public:
     /// Destroys a zone. Its graphs, its operands and the mesh stay. A pointer that is no zone of this triangulation (any more)
     /// gives a warning.
     void deleteZone(Zone2* pZone);
+
+    // Quality meshes
+
+    /// Makes a good mesh of a zone by adding vertices, inside the zone and on its constraints, see MeshGenParams for the limits.
+    /// The zone must be of kind ZL_INSIDE or ZL_BOUNDED with a single graph: make one of any other by
+    /// createZone(zone's triangles) and Zone2::convertToBoundedZone(); with several graphs it ends in a NorvikException.
+    ///
+    /// Limits that can't be met, as at sharp corners of the input, are missed silently: see checkZoneQuality(). A null zone, or
+    /// an angle above 30, is told on standard error, and other mistakes by an error message; nothing is done then. Subscribers
+    /// hear of a phase "refine", which begins anew with each pass over the zone.
+    void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                bool bAllowConstraintSplitting);
+    /// The same with all parameters. Mistakes are told by error messages.
+    void refineAdvanced(MeshGenParams* pParameters);
 
     // Cutting
 

@@ -45,12 +45,8 @@ mapfile -t files < <(library_without dt2Library/roundingMode.cpp)
 forbid "the rounding mode is changed in dt2Library/roundingMode.cpp only" '\bfesetround\b' "${files[@]}"
 
 mapfile -t files < <(library_without dt2Library/diagnostics.cpp)
-forbid "standard output goes through print() of dt2Library/diagnostics.cpp" \
-    'std::cout|\b(printf|puts|putchar)\(' "${files[@]}"
-
-# A loop over nothing has no triangulation whose warning() could tell it.
-mapfile -t files < <(library_without dt2Library/TriangleAroundVertexIterator.cpp)
-forbid "standard error is not the library's" 'std::cerr|std::clog|\bstderr\b' "${files[@]}"
+forbid "output goes through print() and printToStandardError() of dt2Library/diagnostics.cpp" \
+    'std::c(out|err|log)\b|\bstderr\b|\b(printf|puts|putchar)\(' "${files[@]}"
 
 # Callers of the key calculator rely on this: asked for keys of an impossible length it ends the process.
 mapfile -t files < <(library_without dt2Library/kelmar_locate2/GSS_HC2.cpp)

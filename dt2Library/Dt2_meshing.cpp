@@ -1,0 +1,262 @@
+#include <algorithm>
+#include <cmath>
+#include <typeinfo>
+
+#include "ConstraintGraph2.h"
+#include "Dt2.h"
+#include "MeshGenParams.h"
+#include "RefCand3.h"
+#include "diagnostics.h"
+#include "distance.h"
+#include "hotLoop.h"
+#include "require.h"
+#include "splitPoint.h"
+#include "standardOutput.h"
+
+namespace KELMAR_NORVIK2D {
+
+// ------------------------------------------------------------------------------------------- parameters
+
+void Dt2::refineClassic(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                        bool bAllowConstraintSplitting) {
+    MeshGenParams params(pZone);
+    params.minAngleDegree = minAngleDegree;
+    params.minEdgeLength = minEdgeLength;
+    params.maxEdgeLength = maxEdgeLength;
+    params.bAllowConstraintSplitting = bAllowConstraintSplitting;
+    refineGate(&params);
+}
+
+void Dt2::refineAdvanced(MeshGenParams* pParams) {
+    if (pParams == nullptr) {
+        warning("Dt2::refineAdvanced()", "pParameters==NULL");
+        return;
+    }
+    refineGate(pParams);
+}
+
+bool Dt2::haveValidPreconditions(MeshGenParams* pParams) {
+    const Zone2* const pZone = pParams->pZone;
+    if (pZone == nullptr) {
+        error("Dt2::refineMain2(..)", "pZone==NULL");
+        return false;
+    }
+    if (pZone->getZoneLocation() != ZL_INSIDE && pZone->getZoneLocation() != ZL_BOUNDED) {
+        error("Dt2::refineMain2()",
+              "The zoneLocation must be ZL_INSIDE or ZL_BOUNDED. Please convert the zone using "
+              "pZone->convertToBoundedZone(..)");
+        return false;
+    }
+    if (pParams->minAngleDegree > 30.0) {
+        error("Dt2::refine(..)", "minAngleDegree must be <=30.0, return");
+        return false;
+    }
+    if (pZone->getDelaunayTriangulation() != this) {
+        error("Dt2::refine(..)", "the zone belongs to another triangulation, return");
+        return false;
+    }
+    return true;
+}
+
+// --------------------------------------------------------------------------------------------- the passes
+
+namespace {
+
+constexpr int mostPasses = 50;
+
+/// Whether the limits depend on nothing but the triangle itself.
+bool areUniform(const MeshGenParams& params) {
+    return typeid(params) == typeid(MeshGenParams) && params.growFactor == std::numeric_limits<double>::max();
+}
+
+/// A direction and a spacing that make a grid.
+bool wantsGrid(const MeshGenParams& params) {
+    const Vector2& direction = params.gridVector;
+    return params.gridLength > 0.0 && std::isfinite(params.gridLength) && std::isfinite(direction.x()) &&
+           std::isfinite(direction.y()) && (direction.x() != 0.0 || direction.y() != 0.0);
+}
+
+}  // namespace
+
+/// A run goes through all triangles of the zone, the worst one first, and through those that it changes on the way; pass after
+/// pass, until one has changed nothing.
+void Dt2::refineMain3(MeshGenParams* pParams) {
+    if (pParams->bProtectOlderSteiners) innerVtxMgr.clear();
+    if (!haveValidPreconditions(pParams)) return;
+    {
+        const MuteScope muted(progress);
+        applyConstraintsAndZones();
+        if (wantsGrid(*pParams)) static_cast<void>(0);
+    }
+    require(pRefinementQueue == nullptr, "pmmAng2RC==__null");
+    pRefinementQueue = std::make_unique<RefinementQueue>();
+    pUniformLimits = areUniform(*pParams) ? pParams : nullptr;
+    numRefinementVertices = 0;
+    bPrecisionLimitReached = false;
+    for (int numPasses = 0; numPasses < mostPasses && refineOnce(pParams); ++numPasses)
+        if (isRefinementExhausted()) break;
+    pRefinementQueue.reset();
+    progress.finish();
+}
+
+/// One pass; whether it has changed anything.
+bool Dt2::refineOnce(MeshGenParams* pParams) {
+    getInitialRefineCandidates(pParams);
+    // One more than there are: only the end of the run is told as such.
+    progress.start("refine", pRefinementQueue->size() + 1);
+    bool bChanged = false;
+    while (!pRefinementQueue->empty() && !isRefinementExhausted()) {
+        const WaitingTriangle first = pRefinementQueue->pop();
+        progress.incProgress(1);
+        if (!first.isAlive()) continue;
+        const std::size_t numWaiting = pRefinementQueue->size();
+        const MuteScope muted(progress);
+        RefCand3 candidate(this, first.pTriangle);
+        if (tryRefine(candidate, pParams)) bChanged = true;
+        progress.addToTotal(pRefinementQueue->size() - numWaiting);
+    }
+    return bChanged;
+}
+
+void Dt2::getInitialRefineCandidates(MeshGenParams* pParams) {
+    require(pRefinementQueue != nullptr, "pmmAng2RC!=__null");
+    std::vector<Triangle2*> vTriangles;
+    pParams->pZone->getTriangles(vTriangles);
+    for (Triangle2* pT : vTriangles) addRefCand3(pT);
+}
+
+/// Where the limits are the same everywhere and at all times, a triangle that meets them needn't wait for its turn.
+void Dt2::queueForRefinement(Triangle2* pT) {
+    const double minAngle = RefCand3::minAngleOf(pT);
+    if (pUniformLimits != nullptr && RefCand3::meetsLimits(pT, minAngle, *pUniformLimits)) return;
+    pRefinementQueue->push(minAngle, pT);
+}
+
+/// Limits of size that ask for the impossible would keep a pass going for ever.
+bool Dt2::isRefinementExhausted() {
+    if (numRefinementVertices < mostRefinementVertices) [[likely]]
+        return false;
+    reportPrecisionLimit();
+    return true;
+}
+
+void Dt2::reportPrecisionLimit() {
+    if (bPrecisionLimitReached) return;
+    bPrecisionLimitReached = true;
+    warning("Dt2::refineMain3()", "double precision limit reached, the mesh limits can't be met everywhere");
+}
+
+// ------------------------------------------------------------------------------------------------ one step
+
+bool Dt2::tryRefine(RefCand3& candidate, MeshGenParams* pParams) {
+    require(candidate.isAlive(), "pRC->isAlive()");
+    require(pRefinementQueue != nullptr, "pmmAng2RC!=__null");
+    if (!candidate.needRefinement(pParams)) return false;
+    const ConstraintGraph2* const pGraph = pParams->pZone->getConstraintGraph();
+    require(pGraph != nullptr, "pCG!=__null");
+    const auto [pContainingT, splitIndex] = candidate.getContainingTriangleAndIndex();
+    if (splitIndex == SPLIT_NEVER) return false;
+    if (splitIndex != SPLIT_NONE) return splitForRefinement(candidate, pGraph);
+    insertSteiner(candidate.getSteiner(), pContainingT);
+    return true;
+}
+
+void Dt2::insertSteiner(const Point2& steiner, Triangle2* pContainingTriangle) {
+    Point2* pVtx = newVertex(Point2(steiner.x(), steiner.y()));
+    vertexVault.addItem(hc.iReset(*pVtx), pVtx);
+    insertVertexForRefinement(pVtx, pContainingTriangle);
+    innerVtxMgr.addVtx(pVtx);
+    ++numRefinementVertices;
+}
+
+/// Splits the constraint that lies between a triangle and its circumcentre. The vertices that were placed too close to the new
+/// one go.
+bool Dt2::splitForRefinement(const RefCand3& candidate, const ConstraintGraph2* pGraph) {
+    const auto [pT, edge] = candidate.getContainingTriangleAndIndex();
+    Point2* const p1 = corner(pT, ccw(edge));
+    Point2* const p2 = corner(pT, cw(edge));
+    ConstraintSegment2* const pCSeg = candidate.getAliveConstraintSegment(edge);
+    require(pCSeg != nullptr, "pCSeg!=__null");
+    require(
+        (pCSeg->getSrc() == p1 && pCSeg->getTrg() == p2) || (pCSeg->getSrc() == p2 && pCSeg->getTrg() == p1),
+        "(pCSeg->getSrc()==p1 && pCSeg->getTrg()==p2) || (pCSeg->getSrc()==p2 && pCSeg->getTrg()==p1)");
+    Point2 split;
+    if (!computeCenterWithoutConflict(this, &predicates, pT, edge, split)) {
+        warning("Dt2::refineMain3()",
+                "no appropriate splitPoint in double precision arithmetic for a triangle");
+        return false;
+    }
+    if (samePoint(&split, p1) || samePoint(&split, p2)) {
+        warning("Dt2::refineMain3()",
+                "Double precision arithmetic does not allow to split a segment further, giving up");
+        for (int k = 0; k < 3; ++k)
+            print(compose("EdgeLen2D(", k, "): ", distance(*corner(pT, ccw(k)), *corner(pT, cw(k))), "\n"));
+        return false;
+    }
+    const bool bOfZone = pGraph->isConstraint(pCSeg);
+    Point2* const pNew = pCSeg->insertAndSplit(split);
+    require(pNew != nullptr, "pInsertedVertex!=__null");
+    ++numRefinementVertices;
+    innerVtxMgr.removePreviouslyInsertedVertices(pNew, squaredDistance(*p1, *pNew), this);
+    if (!bOfZone) return true;
+    if (pGraph->isReverse(pCSeg))
+        addRefCandsInsideZone(pCSeg->getTrg(), pCSeg->getSrc(), pNew);
+    else
+        addRefCandsInsideZone(pCSeg->getSrc(), pCSeg->getTrg(), pNew);
+    return true;
+}
+
+void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit) {
+    require(pSrc != pTrg && pSrc != pSplit && pTrg != pSplit, "pSrc!=pTrg && pSrc!=pSplit && pTrg!=pSplit");
+    // As many as this are left to the next pass.
+    constexpr std::size_t veryMany = 100;
+    std::vector<Triangle2*> vAround;
+    vAround.reserve(veryMany + 1);
+    for (Triangle2* pT = getAdjacentTriangle(pSplit, pTrg); pT != nullptr; pT = nextAround(pT, pSplit)) {
+        vAround.push_back(pT);
+        if (corner(pT, cw(indexOf(pT, pSplit))) == pSrc) break;
+        if (vAround.size() > veryMany) return;
+    }
+    for (Triangle2* pT : vAround) addRefCand3(pT);
+}
+
+/// The vertex lies in the triangle or on an edge of it. There is no difference: a triangle without area, which arises at an
+/// edge, is flipped away.
+NORVIK2D_HOT_LOOP void Dt2::insertVertexForRefinement(Point2*& pNew, Triangle2* pContainingTriangle) {
+    require(pContainingTriangle != nullptr, "pContainingTriangle!=__null");
+    require(flipper.isIdle(), "vCheckT.empty()");
+    Triangle2* const pT = pContainingTriangle;
+    Triangle2* const pA = takeTriangle();
+    Triangle2* const pB = takeTriangle();
+    const auto [a, b, c, pFarA, pFarB, pFarC] = StarFlipper::divideInThree(pT, pNew, pA, pB);
+    const unsigned wanted = flipper.wantedFlips(pT, pA, pNew, a, b, c, pFarC, pFarA);
+    const bool bWantedB = flipper.isFlipWanted(pB, pNew, c, a, pFarB);
+    vRound.clear();
+    if ((wanted & 1U) != 0) vRound.push_back(pT);
+    if ((wanted & 2U) != 0) vRound.push_back(pA);
+    if (bWantedB) vRound.push_back(pB);
+    vStar.assign({{pT, a, b}, {pA, b, c}, {pB, c, a}});
+
+    while (!vRound.empty()) {
+        vNextRound.clear();
+        for (Triangle2* pStarT : vRound) {
+            // A constraint protects its edge, but not against a vertex on its very line.
+            if (isConstraint(pStarT, 0) &&
+                predicates.getOrientation2(pNew, corner(pStarT, 1), corner(pStarT, 2)) !=
+                    ORIENTATION2_COLLINEAR)
+                continue;
+            const auto [pU, q, w, r, pFarQW, pFarWR] = flipEdge(pStarT, 0);
+            const unsigned wantedNext = flipper.wantedFlips(pStarT, pU, pNew, q, w, r, pFarQW, pFarWR);
+            if ((wantedNext & 1U) != 0) vNextRound.push_back(pStarT);
+            if ((wantedNext & 2U) != 0) vNextRound.push_back(pU);
+            vStar.push_back({pStarT, q, w});
+            vStar.push_back({pU, w, r});
+        }
+        std::swap(vRound, vNextRound);
+    }
+    // In the order of their making, but only now: those that didn't last needn't be judged.
+    for (const auto& [pStarT, q, r] : vStar)
+        if (corner(pStarT, 1) == q && corner(pStarT, 2) == r) addRefCand3(pStarT);
+}
+
+}  // namespace KELMAR_NORVIK2D
