@@ -255,6 +255,11 @@ public:
     void growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std::vector<Point2>& vSeeds,
                       std::vector<Triangle2*>& out) const;
 
+    // Dt2_quality.cpp
+
+    /// See Norvik_2D::checkZoneQuality.
+    bool checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::string& fileName);
+
     // Dt2_cat_cutt.cpp: knives
 
     /// Makes chains of constraints of the knives. Appends their pieces knife by knife, from the end of lower address; what was

@@ -157,6 +157,12 @@ void Norvik_2D::refineAdvanced(MeshGenParams* pParameters) {
     pImpl->refineAdvanced(pParameters);
 }
 
+bool Norvik_2D::checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::string& name,
+                                 const AcceptExperimentalFeature& /*accept*/) {
+    RoundToNearest nearest;
+    return pImpl->checkZoneQuality(pZone, minAngleDegree, name);
+}
+
 void Norvik_2D::cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
     RoundToNearest nearest;
     std::vector<ConstraintSegment2*> vPieces;

@@ -178,6 +178,20 @@ public:
     /// The same with all parameters. Mistakes are told by error messages.
     void refineAdvanced(MeshGenParams* pParameters);
 
+    /// Whether no angle of the zone's triangles is below the limit and no edge more than 10 times as long as the shortest one of
+    /// its triangle; an empty zone passes. Applies constraints first, and changes nothing else. If the zone fails, standard
+    /// output tells each bad corner, the constraints are written to text files (`name`_c0.con and so on) and the mesh is drawn to
+    /// Dt2_checkZoneQuality_`name`.ps, all in the working directory.
+    ///
+    /// Three limits ask for something else. The largest double: whether no triangle has more than 3 times the area of a
+    /// neighbour in the zone, where neighbours of less than 0.25 don't count; failures are drawn to badZone`name`.ps.
+    /// -999: the zone is drawn to `name`.ps as well (angles can't fail then). -1000: the constraints are written to binary
+    /// segment files (`name`_c0_con.bin and so on), nothing is tested, and the zone may be null.
+    ///
+    /// Otherwise a null zone gives a warning, and false.
+    bool checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::string& name,
+                          const AcceptExperimentalFeature& accept);
+
     // Cutting
 
     /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep
