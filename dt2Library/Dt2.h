@@ -69,6 +69,8 @@ public:
     VertexVault& getVertexVault() noexcept { return vertexVault; }
     Progress& getProgress() noexcept { return progress; }
     KelmarTest* getPredicates() noexcept { return &predicates; }
+    /// Law 3 for a point that isn't in the mesh: to be called before predicates are asked of it.
+    void coverByPredicates(const Point2& point);
     ConstraintMgr* getConstraintManager() noexcept { return &constraintMgr; }
     InnerVtxMgr& getInnerVtxMgr() noexcept { return innerVtxMgr; }
     const Bbox2& getBox() const noexcept { return box; }
@@ -107,8 +109,6 @@ public:
     /// Exchanges the diagonal across an edge without testing anything. The corner opposite that edge becomes
     /// corner 0 of both triangles.
     void flip(Triangle2* pT, int edge);
-    /// Law 3 for a point that isn't in the mesh.
-    void coverByPredicates(const Point2& point);
     /// To be called by who flips against the Delaunay property.
     void expectLackOfDelaunay() noexcept { bMayLackDelaunay = true; }
     /// Whether the edge is no constraint and the quadrilateral around it is strictly convex.
@@ -254,6 +254,11 @@ public:
     /// Nothing for a seed outside the hull or inside of a hull edge.
     void growZoneArea(const std::vector<ConstraintGraph2*>& vGraphs, const std::vector<Point2>& vSeeds,
                       std::vector<Triangle2*>& out) const;
+
+    // GridMesher.cpp
+
+    /// Fills the zone with the points of a grid, and splits constraints to match.
+    void preMeshing(MeshGenParams* pParams);
 
     // Dt2_quality.cpp
 

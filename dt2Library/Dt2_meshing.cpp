@@ -86,7 +86,7 @@ void Dt2::refineMain3(MeshGenParams* pParams) {
     {
         const MuteScope muted(progress);
         applyConstraintsAndZones();
-        if (wantsGrid(*pParams)) static_cast<void>(0);
+        if (wantsGrid(*pParams)) preMeshing(pParams);
     }
     require(pRefinementQueue == nullptr, "pmmAng2RC==__null");
     pRefinementQueue = std::make_unique<RefinementQueue>();

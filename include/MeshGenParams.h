@@ -48,7 +48,9 @@ public:
     /// Kept here, and read by nothing.
     double aspectLimit = 10.0;
     /// With a direction other than (0,0) and a positive length the zone is filled first with the points of a square grid of that
-    /// spacing. The vector is scaled to length 1 when the grid is made.
+    /// spacing. The vector is scaled to length 1 when the grid is made. Constraints that the grid's lines meet are split there,
+    /// also those of other zones, and even without bAllowConstraintSplitting; grid points within half a spacing of other vertices
+    /// are removed again, also where a vertex stood there before, unless it is the end of a constraint.
     Vector2 gridVector;
     double gridLength = 0.0;
     /// Without it this run may remove what earlier runs have inserted inside the zone. That fails (NorvikException) where such a
