@@ -6,6 +6,7 @@
 #include "Dt2.h"
 #include "MeshGenParams.h"
 #include "RefCand3.h"
+#include "byAddress.h"
 #include "diagnostics.h"
 #include "distance.h"
 #include "hotLoop.h"
@@ -105,8 +106,11 @@ bool Dt2::refineOnce(MeshGenParams* pParams) {
     // One more than there are: only the end of the run is told as such.
     progress.start("refine", pRefinementQueue->size() + 1);
     bool bChanged = false;
+    std::uint64_t numServed = 0;
     while (!pRefinementQueue->empty() && !isRefinementExhausted()) {
         const WaitingTriangle first = pRefinementQueue->pop();
+        // Nobody knows how many will be served: listeners hear of every hundredth part of what has been.
+        progress.setStep(1 + numServed++ / 100);
         progress.incProgress(1);
         if (!first.isAlive()) continue;
         const std::size_t numWaiting = pRefinementQueue->size();
@@ -118,11 +122,18 @@ bool Dt2::refineOnce(MeshGenParams* pParams) {
     return bChanged;
 }
 
+/// All triangles of the zone in the order of their making, not of their addresses: so a run can be repeated.
 void Dt2::getInitialRefineCandidates(MeshGenParams* pParams) {
     require(pRefinementQueue != nullptr, "pmmAng2RC!=__null");
     std::vector<Triangle2*> vTriangles;
     pParams->pZone->getTriangles(vTriangles);
-    for (Triangle2* pT : vTriangles) addRefCand3(pT);
+    for (const std::span<Triangle2> records : trianglePool.stretches()) {
+        const auto first =
+            std::lower_bound(vTriangles.begin(), vTriangles.end(), records.data(), ByAddress{});
+        const auto behind =
+            std::lower_bound(first, vTriangles.end(), records.data() + records.size(), ByAddress{});
+        std::for_each(first, behind, [&](Triangle2* pT) { addRefCand3(pT); });
+    }
 }
 
 /// Where the limits are the same everywhere and at all times, a triangle that meets them needn't wait for its turn.
@@ -209,14 +220,15 @@ bool Dt2::splitForRefinement(const RefCand3& candidate, const ConstraintGraph2* 
 void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit) {
     require(pSrc != pTrg && pSrc != pSplit && pTrg != pSplit, "pSrc!=pTrg && pSrc!=pSplit && pTrg!=pSplit");
     // As many as this are left to the next pass.
-    constexpr std::size_t veryMany = 100;
+    constexpr int veryMany = 100;
     std::vector<Triangle2*> vAround;
-    vAround.reserve(veryMany + 1);
+    int numBeforeLast = 0;
     for (Triangle2* pT = getAdjacentTriangle(pSplit, pTrg); pT != nullptr; pT = nextAround(pT, pSplit)) {
         vAround.push_back(pT);
         if (corner(pT, cw(indexOf(pT, pSplit))) == pSrc) break;
-        if (vAround.size() > veryMany) return;
+        if (++numBeforeLast > veryMany) return;
     }
+    if (numBeforeLast == veryMany) return;
     for (Triangle2* pT : vAround) addRefCand3(pT);
 }
 

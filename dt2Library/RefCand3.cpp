@@ -11,7 +11,6 @@
 #include "angles.h"
 #include "diagnostics.h"
 #include "distance.h"
-#include "geometryTools.h"
 #include "heron.h"
 #include "require.h"
 #include "standardOutput.h"
@@ -222,7 +221,7 @@ int RefCand3::walkUntilConstraint(const Point2* pCircumcenter, Triangle2*& pStar
             // On the line of a hull edge: on that edge, unless another edge of the triangle says that it is beyond.
             if (pNext == nullptr) hullIndex = index;
             // A vertex on a constraint would make it vanish.
-            else if (pDt->isConstraint(pStartT, index) && hasOnCollinearPoint(*pP, *pQ, *pCircumcenter))
+            else if (pDt->isConstraint(pStartT, index) && isBetween(*pP, *pQ, *pCircumcenter))
                 return index;
         }
         index = ccw(index);

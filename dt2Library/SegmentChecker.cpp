@@ -13,6 +13,7 @@
 #include "Visualizer2.h"
 #include "byAddress.h"
 #include "diagnostics.h"
+#include "distance.h"
 #include "geometryTools.h"
 #include "kelmar_locate2/RTree.h"
 #include "require.h"
@@ -85,13 +86,6 @@ SegmentIntersectionType typeByFilter(const Searched& s1, const Searched& s2, dou
         sideByFilter(s2.end0, s2.end1, s1.end0, bound) * sideByFilter(s2.end0, s2.end1, s1.end1, bound);
     if (ends1 > 0) return SIT_NONE;
     return ends1 < 0 && ends2 < 0 ? SIT_POINT : SIT_UNINITIALIZED;
-}
-
-/// For a point on the line through a and b: whether it lies strictly between them. Coordinates tell that exactly; distances,
-/// as hasOnCollinearPoint() compares them, are rounded.
-bool isBetween(const Point2& a, const Point2& b, const Point2& q) {
-    if (a.x() != b.x()) return std::min(a.x(), b.x()) < q.x() && q.x() < std::max(a.x(), b.x());
-    return std::min(a.y(), b.y()) < q.y() && q.y() < std::max(a.y(), b.y());
 }
 
 /// Whether a partner of this type makes a segment illegal.

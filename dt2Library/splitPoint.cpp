@@ -9,6 +9,7 @@
 #include "KelmarTest.h"
 #include "SegmentChecker.h"
 #include "diagnostics.h"
+#include "distance.h"
 #include "geometryTools.h"
 #include "require.h"
 #include "triangleLinks.h"
@@ -100,9 +101,7 @@ private:
             case SIT_ENDPOINT:
                 return pushAround(isEnd(p) ? p : q);
             case SIT_SEGMENT:
-                return isEnd(p) && isEnd(q)                                           ? Verdict::FREE
-                       : hasOnCollinearPoint(a, b, p) || hasOnCollinearPoint(a, b, q) ? Verdict::BLOCKED
-                                                                                      : Verdict::FREE;
+                return isBetween(a, b, p) || isBetween(a, b, q) ? Verdict::BLOCKED : Verdict::FREE;
             default:
                 error("isVisible()", "SIT_UNINITIALIZED, unexpected");
                 require(false, "false");
