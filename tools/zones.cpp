@@ -5,7 +5,7 @@
 
 #include "commands.h"
 #include "inputFiles.h"
-#include "rings.h"
+#include "ringGraphs.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -14,49 +14,11 @@ namespace {
 /// Of so many rings at most the areas are listed.
 constexpr std::size_t maxListed = 20;
 
-struct Graphs {
-    std::vector<ConstraintGraph2*> vRings;
-    /// Those of the rings, and that of the loose segments.
-    std::vector<ConstraintGraph2*> vAll;
-};
-
 /// A zone that was asked for, or the result.
 struct NamedZone {
     std::string name;
     Zone2* pZone;
 };
-
-/// The library recognises a ring whose corners are all different; another one, which touches itself, gets its direction here.
-ConstraintGraph2* constrainRing(Norvik_2D& mesh, Ring ring) {
-    ConstraintGraph2* const pGraph = mesh.createConstraint(ring, CIS_CONSTRAINED_DELAUNAY);
-    if (pGraph->isOriented()) return pGraph;
-    double doubleArea = 0.0;
-    const Point2 origin = ring[0].getSrc();
-    for (const Segment2& segment : ring) {
-        const Vector2 toSrc(origin, segment.getSrc()), toTrg(origin, segment.getTrg());
-        doubleArea += toSrc.x() * toTrg.y() - toSrc.y() * toTrg.x();
-    }
-    if (doubleArea < 0.0)
-        for (Segment2& segment : ring) segment.swapSrcTrg();
-    return mesh.createConstraint(ring, CIS_CONSTRAINED_DELAUNAY, true);
-}
-
-Graphs insertAll(Norvik_2D& mesh, const Input& input, const Rings& rings) {
-    // All points at once are much faster than ring by ring.
-    std::vector<Point2> points = input.points;
-    for (const Segment2& segment : input.segments) {
-        points.push_back(segment.getSrc());
-        points.push_back(segment.getTrg());
-    }
-    mesh.insert(points);
-    Graphs graphs;
-    for (const Ring& ring : rings.vRings) graphs.vRings.push_back(constrainRing(mesh, ring));
-    graphs.vAll = graphs.vRings;
-    if (!rings.vLoose.empty())
-        graphs.vAll.push_back(mesh.createConstraint(rings.vLoose, CIS_CONSTRAINED_DELAUNAY));
-    if (mesh.is2D()) mesh.applyConstraintsAndZones();
-    return graphs;
-}
 
 std::size_t countRingZones(const Options& options) {
     return static_cast<std::size_t>(std::count_if(options.vZones.begin(), options.vZones.end(),
@@ -72,8 +34,7 @@ void checkRequests(const Options& options, const Rings& rings) {
         fail("no ring " + std::to_string(numRings + 1) + " for a zone; " + std::to_string(numRings) +
              " are closed, " + std::to_string(rings.vLoose.size()) + " segments are in none");
     for (std::size_t i = 0; i < numRingZones; ++i)
-        if (!isSimplePolygon(rings.vRings[i]))
-            fail("ring " + std::to_string(i + 1) + " crosses itself, it has no inside");
+        if (!isSimplePolygon(rings.vRings[i])) fail(crossesItself(i));
 }
 
 std::vector<NamedZone> makeZones(Norvik_2D& mesh, const Graphs& graphs, const Options& options) {
