@@ -16,6 +16,7 @@
 
 #include "Peer.h"
 #include "constraintRows.h"
+#include "meshRows.h"
 #include "pointSets.h"
 #include "table.h"
 #include "zoneRows.h"
@@ -177,13 +178,7 @@ double measureMemoryElsewhere(const std::string& option) {
 bool reportMemory() {
     const double ours = measureMemoryElsewhere("--memory-of=norvik2d");
     const double other = measureMemoryElsewhere("--memory-of=CGAL");
-    std::printf("%-28s %9zu %8.1f B ", memoryRow, million, ours);
-    if (other > 0.0) {
-        std::printf("%8.1f B %6.3f  ", other, ours / other);
-    } else {
-        std::printf("%10s %6s  ", "-", "");
-    }
-    std::printf("%13s %4.0f B %s\n", "", targetBytes, verdict(ours <= targetBytes));
+    printFigures({.name = memoryRow, .unit = "B", .count = million, .target = targetBytes}, ours, other);
     return true;
 }
 
@@ -197,7 +192,7 @@ std::vector<NamedRow> allRows() {
     std::vector<NamedRow> rows;
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
-    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows()})
+    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), meshRows()})
         rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;

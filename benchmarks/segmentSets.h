@@ -20,3 +20,12 @@ SegmentSet randomSegments();
 
 /// The world's coastlines in the order of their file.
 SegmentSet coastline();
+
+/// A region with 500 segments around it: an outer ring of 300 with bays, some 100 away from the middle, and 8 holes of 25. Its
+/// corners are uneven, but neighbouring segments make angles of 60 degrees and more.
+struct MeshDomain {
+    SegmentSet border;  ///< with the region on the left
+    PointSet holes;     ///< a point inside of each
+};
+
+MeshDomain meshDomain();

@@ -65,17 +65,31 @@ std::vector<double> ratiosOfPairs(const std::vector<double>& a, const std::vecto
     return ratios;
 }
 
+const char* verdict(bool bMet) { return bMet ? "met" : "MISSED"; }
+
+double countOf(const Row& row, const Measurements& measurements) {
+    return row.count > 0 ? static_cast<double>(row.count) : measurements.mCounters.at(row.countedBy).most;
+}
+
+/// Nanoseconds for each.
+std::vector<double> timesOf(const Row& row, const Measurements& measurements) {
+    std::vector<double> times = measurements.vSeconds;
+    for (double& time : times) time *= 1e9 / countOf(row, measurements);
+    return times;
+}
+
 void printTimes(const Row& row, const Measurements& ours, const Measurements* pOther) {
-    const double perSecond = 1e9 / static_cast<double>(row.count);
-    const double ourTime = quartile(ours.vSeconds, 2) * perSecond;
-    std::printf("%-28s %9zu %10.1f ", row.name, row.count, ourTime);
+    const std::vector<double> ourTimes = timesOf(row, ours);
+    const double ourTime = quartile(ourTimes, 2);
+    std::printf("%-28s %9.0f %10.1f ", row.name, countOf(row, ours), ourTime);
     if (pOther == nullptr) {
         std::printf("%10s", "-");
         return;
     }
-    const double otherTime = quartile(pOther->vSeconds, 2) * perSecond;
+    const std::vector<double> otherTimes = timesOf(row, *pOther);
+    const double otherTime = quartile(otherTimes, 2);
     const double ratio = ourTime / otherTime;
-    const std::vector<double> pairs = ratiosOfPairs(ours.vSeconds, pOther->vSeconds);
+    const std::vector<double> pairs = ratiosOfPairs(ourTimes, otherTimes);
     std::printf("%10.1f %6.3f  %.3f - %.3f ", otherTime, ratio, quartile(pairs, 1), quartile(pairs, 3));
     if (row.target > 0.0)
         std::printf("%6.2f %s", row.target, verdict(ratio <= row.target));
@@ -90,7 +104,8 @@ bool checkCounters(const Row& row, const Measurements& ours, const Measurements&
         const Range& their = other.mCounters.at(name);
         const double least = std::min(our.least, their.least);
         const double most = std::max(our.most, their.most);
-        if (most - least <= row.tolerance * most) continue;
+        const double tolerance = name == row.countedBy ? row.countTolerance : row.tolerance;
+        if (most - least <= tolerance * most) continue;
         std::printf("  DIFFERENT %s: %.0f to %.0f and %.0f to %.0f", name.c_str(), our.least, our.most,
                     their.least, their.most);
         bSame = false;
@@ -123,7 +138,19 @@ bool measureRow(const Row& row, const Run& ours, const Run& other) {
     return bSame;
 }
 
-const char* verdict(bool bMet) { return bMet ? "met" : "MISSED"; }
+void printFigures(const FigureRow& row, double ours, double other) {
+    const std::string count = row.count > 0 ? std::to_string(row.count) : "";
+    std::printf("%-28s %9s %8.*f %s ", row.name, count.c_str(), row.digits, ours, row.unit);
+    if (other >= 0.0)
+        std::printf("%8.*f %s %6.3f  ", row.digits, other, row.unit, ours / other);
+    else
+        std::printf("%10s %6s  ", "-", "");
+    if (row.target > 0.0)
+        std::printf("%13s %4.0f %s %s\n", "", row.target, row.unit, verdict(ours <= row.target));
+    else
+        std::printf("%13s %6s\n", "", "-");
+    std::fflush(stdout);
+}
 
 void wakeMemory(std::size_t numPoints) {
     constexpr std::size_t bytesPerPoint = 256;
