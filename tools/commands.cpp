@@ -19,11 +19,11 @@ void ensureWritable(const std::string& path) {
     if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
 }
 
-void writePicture(Norvik_2D& mesh, const Zone2* pZone, const std::string& path) {
+void writePicture(Norvik_2D& mesh, const Zone2* pZone, bool bShowFull, const std::string& path) {
     if (!mesh.is2D()) throw BadOutput(path + ": no picture, there are no triangles");
     ensureWritable(path);
     if (pZone != nullptr)
-        pZone->show(path, true, true);
+        pZone->show(path, bShowFull, true);
     else
         mesh.show(path);
 }
@@ -71,8 +71,8 @@ std::string describe(const Zone2& zone) {
     return std::move(text).str();
 }
 
-void writeOutputs(Norvik_2D& mesh, Zone2* pZone, const Options& options) {
-    if (!options.pictureFile.empty()) writePicture(mesh, pZone, options.pictureFile);
+void writeOutputs(Norvik_2D& mesh, Zone2* pZone, const Options& options, bool bShowFull) {
+    if (!options.pictureFile.empty()) writePicture(mesh, pZone, bShowFull, options.pictureFile);
     if (!options.objFile.empty()) writeObj(mesh, pZone, options.objFile);
 }
 

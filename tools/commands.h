@@ -3,6 +3,7 @@
 #include <Norvik_2D.h>
 
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -23,6 +24,18 @@ struct ZoneOperation {
     KELMAR_NORVIK2D::Zone2* (*combine)(KELMAR_NORVIK2D::Zone2*, KELMAR_NORVIK2D::Zone2*);
 };
 
+/// The limits of a mesh.
+struct MeshOptions {
+    double minAngle = 20.0;
+    double minEdge = 0.0;  ///< 0: a share of the domain's size
+    double maxEdge = std::numeric_limits<double>::max();
+    double maxArea = std::numeric_limits<double>::max();
+    double growFactor = std::numeric_limits<double>::max();
+    KELMAR_NORVIK2D::Vector2 gridDirection;
+    double gridLength = 0.0;
+    bool bSplit = true;
+};
+
 /// What the command line tells; each command reads what it offers.
 struct Options {
     std::string input;
@@ -40,6 +53,7 @@ struct Options {
     std::vector<KELMAR_NORVIK2D::Segment2> vKnives;
     std::string cookieCutterFile;
     bool bKeepShape = false;
+    MeshOptions mesh;
 };
 
 // The commands print a summary on standard output, write the files that are asked for, and return the exit status. Input
@@ -49,6 +63,7 @@ int triangulate(const Options& options);
 int constrain(const Options& options);
 int zones(const Options& options);
 int cut(const Options& options);
+int makeMesh(const Options& options);
 
 // What they have in common
 
@@ -75,8 +90,9 @@ double doTimed(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options, const s
 std::string describe(const KELMAR_NORVIK2D::Zone2& zone);
 
 /// Writes the picture and the OBJ file that are asked for: of the zone, or of all triangles if there is none. The picture of a
-/// zone has the other triangles' edges as well.
-void writeOutputs(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const Options& options);
+/// zone has the other triangles' edges as well if `bShowFull`.
+void writeOutputs(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const Options& options,
+                  bool bShowFull = true);
 
 /// The exit status: failure if a check was asked for and finds faults, which are told.
 int checkIfAsked(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options);

@@ -6,6 +6,7 @@
 #include <array>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -44,11 +45,10 @@ Point2 parseSeed(const std::string& text) {
     return {x, y};
 }
 
-/// An option that may be repeated; each word behind it goes through `parse`, whose complaints end in a usage error.
+/// For CLI::Option::check: the complaint of `parse` about a word, which ends in a usage error.
 template <class Parse>
-CLI::Option* addWords(CLI::App& command, const std::string& name, const std::string& type, Parse parse,
-                      const std::string& description) {
-    const auto complaintOf = [parse](const std::string& word) -> std::string {
+auto complaintsOf(Parse parse) {
+    return [parse](const std::string& word) -> std::string {
         try {
             parse(word);
             return {};
@@ -56,12 +56,18 @@ CLI::Option* addWords(CLI::App& command, const std::string& name, const std::str
             return reason.what();
         }
     };
+}
+
+/// An option that may be repeated; each word behind it goes through `parse`.
+template <class Parse>
+CLI::Option* addWords(CLI::App& command, const std::string& name, const std::string& type, Parse parse,
+                      const std::string& description) {
     return command.add_option(name, description)
         ->type_name(type)
         ->take_all()
         ->expected(1, CLI::detail::expected_max_vector_size)
         ->allow_extra_args(false)
-        ->check(complaintOf, "");
+        ->check(complaintsOf(parse), "");
 }
 
 Command addTriangulate(CLI::App& app, Options& options) {
@@ -147,6 +153,60 @@ Command addCut(CLI::App& app, Options& options) {
     return {pCommand, cut};
 }
 
+/// An option for a number above `least`.
+void addNumber(CLI::App& command, const std::string& name, double& value, double least,
+               const std::string& type, const std::string& description) {
+    const auto parse = [least](const std::string& word) {
+        if (parseNumber(word) > least) return;
+        std::ostringstream complaint;
+        complaint << word << " isn't above " << least;
+        throw BadNumber(std::move(complaint).str());
+    };
+    command.add_option(name, value, description)->type_name(type)->check(complaintsOf(parse), "");
+}
+
+/// A direction and a length.
+std::array<double, 3> parseGrid(const std::string& text) {
+    const auto grid = parseCoordinates<3>(text);
+    const auto& [dx, dy, length] = grid;
+    if (dx == 0.0 && dy == 0.0) throw BadNumber(text + " has no direction");
+    if (length <= 0.0) throw BadNumber(text + " has no length");
+    return grid;
+}
+
+Command addMesh(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "mesh", "Fill what the closed rings of a file bound, holes by nesting, with triangles of good shape");
+    MeshOptions& limits = options.mesh;
+    pCommand->add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
+        ->required();
+    pCommand->add_option("--min-angle", limits.minAngle, "The smallest angle, at most 30")
+        ->type_name("DEGREES")
+        ->check(complaintsOf(parseNumber), "")
+        ->check(CLI::Range(0.0, 30.0))
+        ->capture_default_str();
+    addNumber(*pCommand, "--min-edge", limits.minEdge, 0.0, "LENGTH",
+              "Segments shorter than twice this stay whole; 1e-5 of the domain's size otherwise");
+    addNumber(*pCommand, "--max-edge", limits.maxEdge, 0.0, "LENGTH", "The longest edge");
+    addNumber(*pCommand, "--max-area", limits.maxArea, 0.0, "AREA", "The largest triangle");
+    addNumber(*pCommand, "--grow", limits.growFactor, 1.0, "FACTOR",
+              "How much larger a triangle may be than one next to it");
+    pCommand
+        ->add_option_function<std::string>(
+            "--grid",
+            [&](const std::string& word) {
+                const auto [dx, dy, length] = parseGrid(word);
+                limits.gridDirection = Vector2(dx, dy);
+                limits.gridLength = length;
+            },
+            "Begin with a square grid in this direction, of this spacing")
+        ->type_name("DX,DY,LENGTH")
+        ->check(complaintsOf(parseGrid), "");
+    pCommand->add_flag_callback(
+        "--no-split", [&] { limits.bSplit = false; }, "All segments stay whole");
+    return {pCommand, makeMesh};
+}
+
 void addCommonOptions(CLI::App& command, Options& options) {
     command.add_option("--ps", options.pictureFile,
                        "Draw the triangulation, constraints in red, to a PostScript file");
@@ -173,7 +233,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", getNorvik2DVersion());
     app.require_subcommand(1);
     const std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
-                                        addZones(app, options), addCut(app, options)};
+                                        addZones(app, options), addCut(app, options), addMesh(app, options)};
     for (const Command& command : commands) addCommonOptions(*command.first, options);
     try {
         app.parse(argc, argv);

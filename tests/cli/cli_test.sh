@@ -372,4 +372,96 @@ badCutsAreTold() {
     refused 1 "line.xy: nothing to cut, there are no triangles" cut line.xy --knife 0,1,1,0
 }
 
+# The sides of an upright rectangle, with the first corner below and to the left of the second one.
+rectangle() {
+    printf '%s\n' "$1 $2 $3 $2" "$3 $2 $3 $4" "$3 $4 $1 $4" "$1 $4 $1 $2"
+}
+
+# The summary of `mesh` but for the angles and the time: rings, loose segments, area, border edges, vertices, triangles.
+expect_mesh() {
+    expect_status 0
+    expect_line "rings: $1"
+    expect_line "segments in no ring: $2"
+    expect_line "domain: area $3, triangles $6, border edges $4"
+    expect_line "vertices: $5"
+    expect_line "triangles: $6"
+    expect_lines_in out '^seconds: ' 1
+    expect_silent_error
+}
+
+# How many triangles miss a limit, as patterns: at a small angle, at a segment that stays whole. There are no other reasons.
+expect_missing() {
+    expect_lines_in out "^of these at a small angle of the input: $1\$" 1
+    expect_lines_in out "^of these at a segment (too short to split|that must stay whole): $2\$" 1
+    expect_line "of these for other reasons: 0"
+}
+some='[1-9][0-9]*'
+
+meshesKeepTheirLimits() {
+    rectangle 0 0 10 10 >square.seg
+    run mesh square.seg --max-edge 2 --check
+    expect_mesh 1 0 100 32 81 128
+    expect_missing 0 0
+    expect_line "min edge: 0.0001"
+    expect_line "smallest angle: 45"
+    expect_lines_in out '^angles of (40 to 50 degrees: 256|90 to 100 degrees: 128)$' 2
+    expect_lines_in out '^angles ' 2
+    run mesh square.seg --max-edge 2 --obj square.obj --ps square.ps
+    expect_lines_in square.obj '^f' 128
+    expect_lines_in square.ps 'fill$' 128
+    run mesh square.seg --min-angle 30 --max-area 0.01 --grow 1.5 --min-edge 0.001 --check
+    expect_missing 0 0
+    run mesh "$data/coast_110m.seg" --min-angle 25 --check
+    expect_line "rings: 124"
+    expect_missing "$some" 0
+}
+
+meshesFillWhatAnOddNumberOfRingsContains() {
+    (rectangle 0 0 10 10 && rectangle 2 2 8 8 && rectangle 4 4 6 6) >nested.seg
+    run mesh nested.seg --check
+    expect_mesh 3 0 68 16 16 14
+    # A common side is an edge, and no border; of rings that cross each other the common part is left out.
+    (rectangle 0 0 10 10 && rectangle 10 0 20 10) >common.seg
+    run mesh common.seg --check
+    expect_mesh 2 0 200 6 6 4
+    (rectangle 0 0 10 10 && rectangle 5 5 15 15) >crossing.seg
+    run mesh crossing.seg --check
+    expect_mesh 2 0 150 12 10 8
+    # Loose segments inside are edges.
+    (rectangle 0 0 10 10 && printf '5 -5 5 5\n5 5 7 5\n' && echo 1 1 1 1) >loose.seg
+    run mesh loose.seg --min-angle 0 --check
+    expect_line "segments in no ring: 2"
+    expect_line "degenerate: 1"
+    expect_lines_in out '^domain: area 100, .* border edges 5$' 1
+}
+
+missedLimitsAreExplained() {
+    # A hole in the shape of a needle with its end on a corner.
+    (rectangle 0 0 10 10 && printf '0 0 5 1\n5 1 5 5\n5 5 0 0\n') >corner.seg
+    run mesh corner.seg
+    expect_missing 1 0
+    rectangle 0 0 10 0.01 >long.seg
+    run mesh long.seg --min-edge 3 --check
+    expect_missing 0 "$some"
+    run mesh long.seg --no-split --max-edge 0.1
+    expect_missing 0 "$some"
+    expect_lines_in out 'border edges 4$' 1
+    run mesh long.seg
+    expect_missing 0 0
+}
+
+badMeshesAreTold() {
+    printf '0 0 4 4\n4 4 4 0\n' >open.seg
+    refused 1 "open.seg: no closed ring, there is no domain" mesh open.seg
+    printf '0 0 4 4\n4 4 4 0\n4 0 0 4\n0 4 0 0\n' >bow.seg
+    refused 1 "bow.seg: ring 1 crosses itself, it has no inside" mesh bow.seg
+    (rectangle 0 0 1 1 && rectangle 0 0 1 1) >twice.seg
+    refused 1 "twice.seg: each ring is taken back by another, there is no domain" mesh twice.seg
+    expect_no_output
+    for arguments in "--min-angle 30.1" "--min-angle -1" "--min-angle nan" "--min-edge 0" "--max-edge -1" \
+        "--max-area inf" "--grow 1" "--grid 1,0" "--grid 0,0,1" "--grid 1,0,0" "--grid 1,0,1 --grid 0,1,1"; do
+        refused 2 "${arguments%% *}: " mesh twice.seg $arguments
+    done
+}
+
 "$case_name"
