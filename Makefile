@@ -14,7 +14,7 @@ CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.c
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
 
-demo: ## triangulate the world's coastlines, draw them, and fill the land, in demo/
+demo: ## triangulate the world's coastlines, draw them, fill the land, and mesh an island, in demo/
 	$(DEPENDENCIES) demo
 	cmake --preset release -DNORVIK2D_BUILD_EXAMPLES=ON
 	$(BUILD) --preset release --target norvik2d_tool norvik2d_example_landAndSea
