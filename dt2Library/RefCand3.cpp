@@ -116,11 +116,12 @@ void RefCand3::computeMinMax() {
 /// of angles, which rounding changes at will, and to try would never end.
 bool RefCand3::isAtPrecisionLimit() const {
     constexpr double numUlps = 8.0;
+    constexpr double leastLength = 1e-75;  // circumcentres are made of fourth powers of lengths
     double magnitude = 0.0;
     for (const Point2* pCorner : corners)
         magnitude = std::max({magnitude, std::fabs(pCorner->x()), std::fabs(pCorner->y())});
     const double ulp = std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
-    return std::sqrt(getMaxSqSideLength2D()) < numUlps * ulp;
+    return std::sqrt(getMaxSqSideLength2D()) < std::max(numUlps * ulp, leastLength);
 }
 
 // A big triangle beside a small one is refined, so that sizes grow slowly away from small features.
