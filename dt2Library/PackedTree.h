@@ -1,11 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <vector>
 
+#include "BoxBlock.h"
 #include "SimplePool.h"
 #include "hilbertCurve.h"
 #include "radixSort.h"
@@ -13,12 +16,12 @@
 
 namespace KELMAR_TOOLS {
 
+using KELMAR_NORVIK2D::radixSort;
+using KELMAR_NORVIK2D::require;
+
 struct PoolTexts {
     static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory, sorry";
 };
-
-using KELMAR_NORVIK2D::radixSort;
-using KELMAR_NORVIK2D::require;
 
 template <class T>
 using SimplePool = KELMAR_NORVIK2D::SimplePool<T, PoolTexts>;
@@ -30,6 +33,10 @@ using SimplePool = KELMAR_NORVIK2D::SimplePool<T, PoolTexts>;
 ///  2. Nodes lie in one stretch of memory too, level by level from the leaves up; a node's children are neighbours.
 ///  3. A level is complete but for its end: leaves have two items, inner nodes eight children. A level whose nodes are filled by
 ///     the level below gets one more, empty node.
+///  4. Of the nodes above the lowest inner ones, each has a block with the boxes of its children.
+///
+/// Nodes tell the structure, blocks answer: a question reads blocks and items, and no node. By law 3 the places of nodes in
+/// their levels tell where their children and items are.
 ///
 /// `Space` is a dimension: its records, and what their coordinates are.
 template <class Space>
@@ -39,6 +46,11 @@ public:
     using Content = typename Space::Content;
     using Item = typename Space::Item;
     using Node = typename Space::Node;
+    using Coordinates = typename Space::Coordinates;
+
+    PackedTree() = default;
+    PackedTree(const PackedTree&) = delete;
+    PackedTree& operator=(const PackedTree&) = delete;
 
     void reserve(std::size_t numObjects) {
         // At least doubled, so that many small additions don't copy all each time.
@@ -70,53 +82,84 @@ public:
         if (numItems(child) == 0) return;
         if (numItems(node) == 0) node.firstItem = child.firstItem;
         node.lastItem = child.lastItem;
-        node.pItems = child.pItems;
     }
 
     /// Appends the items below a node whose boxes meet the given one, in the order of the curve.
-    static void collect(const Node& node, const Box& box, std::vector<Item*>& out) {
-        // The items themselves are tested faster than the boxes of leaves and then the items: they wait for memory once.
-        if (numItems(node) <= leafCapacity * nodeCapacity) return collectOfFew(node, box, out);
-        unsigned hits = 0;
-        for (int i = 0; i < node.numChildren; ++i)
-            hits |= static_cast<unsigned>(Space::meet(node.pFirstChild[i].box, box)) << i;
-        forEachBit(hits, [&](unsigned i) { prefetchBelow(node.pFirstChild[i]); });
-        forEachBit(hits, [&](unsigned i) { collect(node.pFirstChild[i], box, out); });
+    void collect(const Node& node, const Box& box, std::vector<Item*>& out) const {
+        if (numItems(node) <= itemsOfLowest)
+            return collectOfFew(pItems + node.firstItem, pItems + node.lastItem, box, out);
+        std::size_t level = vUpperLevels.size() - 1;
+        while (&node < vUpperLevels[level].pFirst) --level;
+        const Query query(relative(Space::least(box)), relative(Space::greatest(box)));
+        search(level, static_cast<std::size_t>(&node - vUpperLevels[level].pFirst), query, box, out);
     }
 
 private:
     static constexpr int leafCapacity = 2, nodeCapacity = 8;
+    static constexpr int itemsOfLowest = leafCapacity * nodeCapacity;  ///< below a lowest inner node
     static constexpr unsigned keyBits = 30;
+
+    using Block = BoxBlock<Space::dimension>;
+    using Query = typename Block::Query;
+    static_assert(Block::size == nodeCapacity);
 
     /// A key, and the place of its object.
     struct KeyPlace {
         std::uint32_t key, place;
     };
 
+    /// A level of nodes above the lowest inner ones, and a block for each.
+    struct Level {
+        const Node* pFirst;
+        std::vector<Block> vBlocks;
+    };
+
     static int numItems(const Node& node) noexcept { return node.lastItem - node.firstItem; }
 
-    template <class Visit>
-    static void forEachBit(unsigned bits, Visit visit) {
-        for (; bits != 0; bits &= bits - 1) visit(static_cast<unsigned>(__builtin_ctz(bits)));
+    /// To the centre of all boxes: there floats are finest.
+    Coordinates relative(Coordinates point) const noexcept {
+        for (unsigned axis = 0; axis < Space::dimension; ++axis) point[axis] -= center[axis];
+        return point;
     }
 
-    static void collectOfFew(const Node& node, const Box& box, std::vector<Item*>& out) {
-        Item* const pFirst = node.pItems + node.firstItem;
+    void search(std::size_t level, std::size_t place, const Query& query, const Box& box,
+                std::vector<Item*>& out) const {
+        const unsigned hits = vUpperLevels[level].vBlocks[place].hits(query);
+        const std::size_t firstChild = place * nodeCapacity;
+        // What is read next is asked for first, all at once.
+        for (unsigned bits = hits; bits != 0; bits &= bits - 1) {
+            const std::size_t child = firstChild + static_cast<unsigned>(std::countr_zero(bits));
+            if (level == 0)
+                prefetch(pItems + child * itemsOfLowest, itemsOfLowest);
+            else
+                prefetch(&vUpperLevels[level - 1].vBlocks[child], 1);
+        }
+        for (unsigned bits = hits; bits != 0; bits &= bits - 1) {
+            const std::size_t child = firstChild + static_cast<unsigned>(std::countr_zero(bits));
+            if (level == 0)
+                collectOfLowest(child, box, out);
+            else
+                search(level - 1, child, query, box, out);
+        }
+    }
+
+    /// The leaves aren't asked for their boxes: the items are tested in less time than it takes to wait for both.
+    void collectOfLowest(std::size_t place, const Box& box, std::vector<Item*>& out) const {
+        Item* const pFirst = pItems + place * itemsOfLowest;
+        collectOfFew(pFirst, std::min(pFirst + itemsOfLowest, pItems + items.numHandedOut()), box, out);
+    }
+
+    /// Of at most `itemsOfLowest` items.
+    static void collectOfFew(Item* pFirst, const Item* pLast, const Box& box, std::vector<Item*>& out) {
         unsigned hits = 0;
-        for (int i = 0; i < numItems(node); ++i)
+        for (int i = 0; i < pLast - pFirst; ++i)
             hits |= static_cast<unsigned>(Space::meet(pFirst[i], box)) << i;
-        forEachBit(hits, [&](unsigned i) { out.push_back(pFirst + i); });
+        for (; hits != 0; hits &= hits - 1) out.push_back(pFirst + std::countr_zero(hits));
     }
 
-    /// Asks for what a question to the node will read.
-    static void prefetchBelow(const Node& node) noexcept {
-        if (numItems(node) <= leafCapacity * nodeCapacity)
-            prefetch(node.pItems + node.firstItem, leafCapacity * nodeCapacity);
-        else
-            prefetch(node.pFirstChild, nodeCapacity);
-    }
+    /// Inline by force: to GCC a function that does nothing else has no effect, and it keeps no call of it.
     template <class Record>
-    static void prefetch(const Record* pRecords, std::size_t n) noexcept {
+    [[gnu::always_inline]] static void prefetch(const Record* pRecords, std::size_t n) noexcept {
         constexpr std::size_t cacheLine = 64;
         const char* const pBytes = reinterpret_cast<const char*>(pRecords);
         for (std::size_t i = 0; i < n * sizeof(Record); i += cacheLine) __builtin_prefetch(pBytes + i);
@@ -133,43 +176,49 @@ private:
         }
         radixSort(std::span(vOrder), std::span(vScratch), [](const KeyPlace& pair) { return pair.key; });
 
-        // One block for all, for law 1.
+        // One block of memory for all, for law 1.
         items.init(static_cast<int>(vOrder.size()), Space::maxItemsOfBlock);
         constexpr std::size_t distance = 12;
         for (std::size_t i = 0; i < vOrder.size(); ++i) {
             if (i + distance < vOrder.size()) __builtin_prefetch(&vContents[vOrder[i + distance].place]);
             *items.get() = Space::itemOf(vContents[vOrder[i].place]);
         }
+        pItems = items.at(0);
         vContents = {};
     }
 
     void packNodes() {
         const auto n = static_cast<int>(items.numHandedOut());
-        int numNodes = (n + leafCapacity - 1) / leafCapacity;
-        int numInLevel = numNodes;
-        do numNodes += numInLevel = numInLevel / nodeCapacity + 1;
-        while (numInLevel > 1);
-        nodes.init(numNodes, Space::maxNodesOfBlock);
-
-        std::int64_t level = 0;
+        for (unsigned axis = 0; axis < Space::dimension; ++axis)
+            center[axis] = Space::least(bounds)[axis] * 0.5 + Space::greatest(bounds)[axis] * 0.5;
+        nodes.init(numNodesFor(n), Space::maxNodesOfBlock);
         for (int i = 0; i < n; i += leafCapacity) makeLeaf(i, std::min(i + leafCapacity, n));
-        do level = packLevel(level);
-        while (nodes.numHandedOut() - level > 1);
+        // Also a single leaf has an inner node above it.
+        std::int64_t level = packLevel(0);
+        while (nodes.numHandedOut() - level > 1) {
+            level = packLevel(level);
+            makeBlocks(level);
+        }
         pRoot = nodes.at(level);
     }
 
-    Node* newNode() {
-        Node* const pNode = nodes.get();
-        *pNode = Node();
-        return pNode;
+    static int numNodesFor(int numItems) noexcept {
+        int numInLevel = (numItems + leafCapacity - 1) / leafCapacity;
+        int numNodes = numInLevel;
+        do {
+            numInLevel = numInLevel / nodeCapacity + 1;
+            numNodes += numInLevel;
+        } while (numInLevel > 1);
+        return numNodes;
     }
+
+    Node* newNode() { return new (nodes.get()) Node(this); }
 
     void makeLeaf(int firstItem, int lastItem) {
         Node* const pLeaf = newNode();
-        pLeaf->pItems = items.at(0);
         pLeaf->firstItem = firstItem;
         pLeaf->lastItem = lastItem;
-        for (int i = firstItem; i < lastItem; ++i) Space::grow(pLeaf->box, Space::boxOf(pLeaf->pItems[i]));
+        for (int i = firstItem; i < lastItem; ++i) Space::grow(pLeaf->box, Space::boxOf(pItems[i]));
     }
 
     /// Puts a level on top of the last one, which begins at the node given; returns where the new one begins.
@@ -184,11 +233,28 @@ private:
         return nextLevel;
     }
 
+    /// Of the last level, which begins at the node given.
+    void makeBlocks(std::int64_t level) {
+        const Node* const pFirst = nodes.at(level);
+        const auto numInLevel = static_cast<std::size_t>(nodes.numHandedOut() - level);
+        vUpperLevels.push_back({pFirst, std::vector<Block>(numInLevel)});
+        for (std::size_t i = 0; i < numInLevel; ++i)
+            for (std::size_t child = 0; child < pFirst[i].getNumberOfChildren(); ++child) {
+                const Node& node = *pFirst[i].getChild(child);
+                if (numItems(node) == 0) continue;  // no question meets it, however large
+                vUpperLevels.back().vBlocks[i].set(child, relative(Space::least(node.box)),
+                                                   relative(Space::greatest(node.box)));
+            }
+    }
+
     std::vector<Content> vContents;  ///< until the tree is built
     Box bounds;
+    Coordinates center{};
     SimplePool<Item> items;
+    Item* pItems = nullptr;
     SimplePool<Node> nodes;
     Node* pRoot = nullptr;
+    std::vector<Level> vUpperLevels;  ///< from below
 };
 
 }  // namespace KELMAR_TOOLS

@@ -58,11 +58,13 @@ struct Searched {
 
     explicit Searched(Segment2* pSegment_) noexcept
         : pSegment(pSegment_), end0(pairOf(pSegment_->getSrc())), end1(pairOf(pSegment_->getTrg())) {}
-    explicit Searched(const Item& item) noexcept
-        : pSegment(TreeObject(item).getSegment()), end0{item.minX, item.minY}, end1{item.maxX, item.maxY} {
-        if (!TreeObject(item).isFalling()) return;
-        end0[1] = item.maxY;
-        end1[1] = item.minY;
+    /// Without a branch: which diagonal it is nobody can predict.
+    explicit Searched(const Item& item) noexcept : pSegment(TreeObject(item).getSegment()) {
+        const auto least = reinterpret_cast<BitPair>(DoublePair{item.minX, item.minY});
+        const auto greatest = reinterpret_cast<BitPair>(DoublePair{item.maxX, item.maxY});
+        const BitPair exchange = (least ^ greatest) & BitPair{0, TreeObject(item).isFalling() ? -1 : 0};
+        end0 = reinterpret_cast<DoublePair>(least ^ exchange);
+        end1 = reinterpret_cast<DoublePair>(greatest ^ exchange);
     }
 
     Box getBox() const noexcept {
@@ -77,15 +79,15 @@ int sideByFilter(DoublePair a, DoublePair b, DoublePair c, double bound) {
     return static_cast<int>(det > bound) - static_cast<int>(-bound > det);
 }
 
-/// The type of a pair that the filter can decide, as it can most; SIT_UNINITIALIZED otherwise.
+/// The type of a pair that the filter can decide, as it can most; SIT_UNINITIALIZED otherwise. All four sides are computed: half
+/// of the pairs are apart by the first two, which no processor can predict.
 SegmentIntersectionType typeByFilter(const Searched& s1, const Searched& s2, double bound) {
     const int ends2 =
         sideByFilter(s1.end0, s1.end1, s2.end0, bound) * sideByFilter(s1.end0, s1.end1, s2.end1, bound);
-    if (ends2 > 0) return SIT_NONE;
     const int ends1 =
         sideByFilter(s2.end0, s2.end1, s1.end0, bound) * sideByFilter(s2.end0, s2.end1, s1.end1, bound);
-    if (ends1 > 0) return SIT_NONE;
-    return ends1 < 0 && ends2 < 0 ? SIT_POINT : SIT_UNINITIALIZED;
+    if (std::max(ends1, ends2) > 0) return SIT_NONE;
+    return std::max(ends1, ends2) < 0 ? SIT_POINT : SIT_UNINITIALIZED;
 }
 
 /// Whether a partner of this type makes a segment illegal.

@@ -12,7 +12,7 @@
 
 namespace KELMAR_LOCATE2 {
 
-using KELMAR_NORVIK2D::BitPair;
+using KELMAR_NORVIK2D::bitsOf;
 using KELMAR_NORVIK2D::DoublePair;
 using KELMAR_NORVIK2D::require;
 using KELMAR_NORVIK2D::RoundToNearest;
@@ -52,20 +52,23 @@ struct Plane {
         box.maxY = std::max(box.maxY, other.maxY);
     }
 
-    /// Whether the closed boxes of two records have a point in common: without branches, for there is no telling.
+    /// Whether the closed boxes have a point in common: without branches, for there is no telling.
+    static bool meet(const Item& item, const Box& box) {
+        const unsigned begins =
+            bitsOf(pairAt(item, offsetof(Item, minX)) <= pairAt(box, offsetof(Box, maxX)));
+        const unsigned ends = bitsOf(pairAt(box, offsetof(Box, minX)) <= pairAt(item, offsetof(Item, maxX)));
+        return (begins & ends) == 3U;
+    }
+
+private:
+    /// Of one of the records, whose coordinates lie in this order: least and greatest x and y.
     template <class Record>
-    static bool meet(const Record& record, const Box& box) {
-        const auto pairAt = [](const auto& bounded, std::size_t offset) {
-            DoublePair xy;
-            std::memcpy(&xy, reinterpret_cast<const char*>(&bounded) + offset, sizeof(xy));
-            return xy;
-        };
-        constexpr std::size_t least = offsetof(Record, minX), greatest = offsetof(Record, maxX);
-        static_assert(offsetof(Record, minY) == least + sizeof(double) &&
-                      offsetof(Record, maxY) == greatest + sizeof(double));
-        const BitPair bBegins = pairAt(record, least) <= pairAt(box, offsetof(Box, maxX));
-        const BitPair bEnds = pairAt(box, offsetof(Box, minX)) <= pairAt(record, greatest);
-        return KELMAR_NORVIK2D::bitsOf(bBegins & bEnds) == 3U;
+    static DoublePair pairAt(const Record& record, std::size_t offset) {
+        static_assert(offsetof(Record, minY) == offsetof(Record, minX) + sizeof(double) &&
+                      offsetof(Record, maxY) == offsetof(Record, maxX) + sizeof(double));
+        DoublePair xy;
+        std::memcpy(&xy, reinterpret_cast<const char*>(&record) + offset, sizeof(xy));
+        return xy;
     }
 };
 
@@ -75,7 +78,7 @@ void Node::addChild(Node* pChild) { Tree::addChild(*this, *pChild); }
 
 void Node::getIntersectedItems(std::vector<Item*>& out, const Bbox2& box) const {
     RoundToNearest nearest;
-    Tree::collect(*this, box, out);
+    pTree->collect(*this, box, out);
 }
 
 RTree::RTree() : pTree(std::make_unique<Tree>()) {}
@@ -105,7 +108,7 @@ void RTree::finish() {
 void RTree::getBBIntersectedItems(const Bbox2& box, std::vector<Item*>& out) {
     RoundToNearest nearest;
     pTree->finish();
-    if (pTree->getRoot() != nullptr) Tree::collect(*pTree->getRoot(), box, out);
+    if (pTree->getRoot() != nullptr) pTree->collect(*pTree->getRoot(), box, out);
 }
 
 const Node* RTree::getRoot() const noexcept { return pTree->getRoot(); }

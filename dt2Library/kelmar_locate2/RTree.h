@@ -45,6 +45,9 @@ public:
     /// The half-open range of items that an inner node has.
     static constexpr int noItems = 2147483647;
 
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
     /// Gives this inner node one more child, and grows its box. The children of a node are neighbours in memory, in their order;
     /// any other child, and one behind the eighth, fails an assertion (NorvikException).
     void addChild(Node* pChild);
@@ -61,8 +64,8 @@ public:
         return distanceToParent == 0 ? nullptr : this + distanceToParent;
     }
     /// The items of a leaf: the first one's place in the order of the curve, and the place behind the last one.
-    int getFirstItem() const noexcept { return isLeaf() ? firstItem : noItems; }
-    int getLastItem() const noexcept { return isLeaf() ? lastItem : noItems; }
+    int getFirstItem() const noexcept { return hasItems() ? firstItem : noItems; }
+    int getLastItem() const noexcept { return hasItems() ? lastItem : noItems; }
     /// The tight box of all items below, empty if there are none.
     const Bbox2& getBox() const noexcept { return box; }
 
@@ -70,12 +73,15 @@ private:
     template <class Space>
     friend class KELMAR_TOOLS::PackedTree;
 
-    // As large as a cache line. Of an inner node the items are all those below.
+    explicit Node(const KELMAR_TOOLS::PackedTree<Plane>* pTree_) noexcept : pTree(pTree_) {}
+
+    bool hasItems() const noexcept { return isLeaf() && firstItem != lastItem; }
+
     Bbox2 box;
+    const KELMAR_TOOLS::PackedTree<Plane>* pTree;
     Node* pFirstChild = nullptr;
-    Item* pItems = nullptr;  ///< of the whole tree
-    int firstItem = noItems;
-    int lastItem = noItems;
+    int firstItem = 0;  ///< of an inner node, too: of all those below
+    int lastItem = 0;
     int distanceToParent = 0;  ///< in nodes
     int numChildren = 0;
 };
