@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Peer.h"
+#include "checkRows.h"
 #include "constraintRows.h"
 #include "meshRows.h"
 #include "pointSets.h"
@@ -192,7 +193,7 @@ std::vector<NamedRow> allRows() {
     std::vector<NamedRow> rows;
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
-    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), meshRows()})
+    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), checkRows(), meshRows()})
         rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;

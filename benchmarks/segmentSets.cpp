@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr std::size_t numSegments = 100000;
 constexpr double fullTurn = 2.0 * std::numbers::pi;
 
 using Random = std::mt19937_64;
@@ -38,6 +37,7 @@ void appendRing(const PointSet& corners, SegmentSet& out) {
 }  // namespace
 
 SegmentSet ringSegments() {
+    constexpr std::size_t numSegments = 100000;
     Random random(7);
     constexpr double step = fullTurn / numSegments;
     Uniform roughness(-10 * step, 10 * step);
@@ -52,8 +52,8 @@ SegmentSet ringSegments() {
     return segments;
 }
 
-SegmentSet randomSegments() {
-    constexpr double half = 0.001 / 2;
+SegmentSet randomSegments(std::size_t numSegments, double length) {
+    const double half = length / 2;
     Random random(8);
     Uniform unit(0.0, 1.0);
     Uniform angle(0.0, fullTurn);

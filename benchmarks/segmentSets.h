@@ -15,8 +15,8 @@ using SegmentSet = std::vector<SegmentCoordinates>;
 /// so that every third segment isn't a Delaunay edge of its corners anyway.
 SegmentSet ringSegments();
 
-/// 100,000 segments of length 0.001 at random places of the unit square, in random directions: some 3,000 crossings.
-SegmentSet randomSegments();
+/// Segments of this length at random places of the unit square, in random directions.
+SegmentSet randomSegments(std::size_t numSegments, double length);
 
 /// The world's coastlines in the order of their file.
 SegmentSet coastline();

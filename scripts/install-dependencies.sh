@@ -50,6 +50,7 @@ need_for_bench() {
     need_for_library
     need_header benchmark/benchmark.h libbenchmark-dev
     need_header CGAL/version.h libcgal-dev
+    need_header boost/version.hpp libboost-dev
 }
 
 need_for_lint() {
