@@ -32,8 +32,9 @@ public:
     /// Triangles with a smaller angle are refined, except where two constraints meet at a smaller one. At most 30; 0 or less, and
     /// the angle doesn't count.
     double minAngleDegree = 20.0;
-    /// Constraints shorter than twice this length aren't split, which is what makes refinement end at sharp corners. It is not
-    /// scaled to the data: for coordinates in small units make it smaller. Edges inside the zone may get shorter.
+    /// Constraints shorter than twice this length aren't split, which is what makes refinement end at sharp corners: with 0 it
+    /// may go on there until 50 million vertices are made. It is not scaled to the data: for coordinates in small units make it
+    /// smaller. Edges inside the zone may get shorter.
     double minEdgeLength = 0.001;
     /// Triangles with a longer edge, or a greater area, are refined.
     double maxEdgeLength = std::numeric_limits<double>::max();
