@@ -382,6 +382,7 @@ std::string SegmentChecker::getIntersectionTypeString(SegmentIntersectionType ty
 
 void SegmentChecker::getIntersectionPoint(SegmentIntersectionType type, const Segment2& s1,
                                           const Segment2& s2, Point2& out) const {
+    RoundToNearest nearest;
     constexpr const char* here = "SegmentChecker::getIntersectionPoint()";
     const Point2 p1 = s1.getSrc(), p2 = s1.getTrg(), p3 = s2.getSrc(), p4 = s2.getTrg();
     switch (type) {
@@ -408,6 +409,7 @@ void SegmentChecker::getIntersectionPoint(SegmentIntersectionType type, const Se
 }
 
 void SegmentChecker::getIntersectionSegment(const Segment2& s1, const Segment2& s2, Segment2& out) const {
+    RoundToNearest nearest;
     const Point2 p1 = s1.getSrc(), p2 = s1.getTrg(), p3 = s2.getSrc(), p4 = s2.getTrg();
     double beginX, endX, beginY, endY;
     if (!commonRange(p1.x(), p2.x(), p3.x(), p4.x(), beginX, endX) ||
