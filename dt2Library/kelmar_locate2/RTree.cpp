@@ -87,6 +87,7 @@ RTree::~RTree() = default;
 void RTree::reserve(std::size_t numObjects) { pTree->reserve(numObjects); }
 
 void RTree::addObject(void* pObject, double xmin, double ymin, double xmax, double ymax) {
+    RoundToNearest nearest;
     require(xmin <= xmax, "xmin<=xmax");
     require(ymin <= ymax, "ymin<=ymax");
     pTree->addObject({pObject, xmin, ymin, xmax, ymax, 0});
