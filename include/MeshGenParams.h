@@ -41,7 +41,8 @@ public:
     double maxTriangleArea = std::numeric_limits<double>::max();
     /// Without it constraints stay whole; triangles for which one would have to be split stay as they are.
     bool bAllowConstraintSplitting = true;
-    /// The greatest ratio of a triangle's area to that of a neighbour; the largest double for no limit. Behind a constraint
+    /// The greatest ratio of a triangle's area to that of a neighbour; the largest double for no limit. Limits below about 2 can't
+    /// be met: the mesh becomes as fine as growFactorMinArea allows. Behind a constraint
     /// ConstraintSegment2::setAdjacentArea takes the neighbour's place, if it was called.
     double growFactor = std::numeric_limits<double>::max();
     /// Smaller neighbours don't count for growFactor.
