@@ -10,6 +10,7 @@
 
 #include "BoxBlock.h"
 #include "SimplePool.h"
+#include "equalKeys.h"
 #include "hilbertCurve.h"
 #include "radixSort.h"
 #include "require.h"
@@ -46,7 +47,6 @@ public:
     using Content = typename Space::Content;
     using Item = typename Space::Item;
     using Node = typename Space::Node;
-    using Coordinates = typename Space::Coordinates;
 
     PackedTree() = default;
     PackedTree(const PackedTree&) = delete;
@@ -90,7 +90,7 @@ public:
             return collectOfFew(pItems + node.firstItem, pItems + node.lastItem, box, out);
         std::size_t level = vUpperLevels.size() - 1;
         while (&node < vUpperLevels[level].pFirst) --level;
-        const Query query(relative(Space::least(box)), relative(Space::greatest(box)));
+        const Query query(cells.cellsOf(Space::least(box)), cells.cellsOf(Space::greatest(box)));
         search(level, static_cast<std::size_t>(&node - vUpperLevels[level].pFirst), query, box, out);
     }
 
@@ -103,11 +103,6 @@ private:
     using Query = typename Block::Query;
     static_assert(Block::size == nodeCapacity);
 
-    /// A key, and the place of its object.
-    struct KeyPlace {
-        std::uint32_t key, place;
-    };
-
     /// A level of nodes above the lowest inner ones, and a block for each.
     struct Level {
         const Node* pFirst;
@@ -115,12 +110,6 @@ private:
     };
 
     static int numItems(const Node& node) noexcept { return node.lastItem - node.firstItem; }
-
-    /// To the centre of all boxes: there floats are finest.
-    Coordinates relative(Coordinates point) const noexcept {
-        for (unsigned axis = 0; axis < Space::dimension; ++axis) point[axis] -= center[axis];
-        return point;
-    }
 
     void search(std::size_t level, std::size_t place, const Query& query, const Box& box,
                 std::vector<Item*>& out) const {
@@ -166,31 +155,38 @@ private:
     }
 
     void packItems() {
-        const auto grid =
-            KeyGrid<Space::dimension>::over(Space::least(bounds), Space::greatest(bounds), keyBits);
-        std::vector<KeyPlace> vOrder, vScratch(vContents.size());
-        vOrder.reserve(vContents.size());
-        for (Content& content : vContents) {
-            content.key = grid.keyOf(Space::center(content));
-            vOrder.push_back({content.key, static_cast<std::uint32_t>(vOrder.size())});
-        }
-        radixSort(std::span(vOrder), std::span(vScratch), [](const KeyPlace& pair) { return pair.key; });
-
+        const std::vector<KeyIndex> vOrder = sortedContents();
         // One block of memory for all, for law 1.
         items.init(static_cast<int>(vOrder.size()), Space::maxItemsOfBlock);
         constexpr std::size_t distance = 12;
         for (std::size_t i = 0; i < vOrder.size(); ++i) {
-            if (i + distance < vOrder.size()) __builtin_prefetch(&vContents[vOrder[i + distance].place]);
-            *items.get() = Space::itemOf(vContents[vOrder[i].place]);
+            if (i + distance < vOrder.size()) __builtin_prefetch(&vContents[vOrder[i + distance].second]);
+            *items.get() = Space::itemOf(vContents[vOrder[i].second]);
         }
         pItems = items.at(0);
         vContents = {};
     }
 
+    /// The order of equal keys is free: what lies in one cell of the curve's grid, as a cluster far from everything else does, is
+    /// ordered by finer ones.
+    std::vector<KeyIndex> sortedContents() {
+        const auto grid =
+            KeyGrid<Space::dimension>::over(Space::least(bounds), Space::greatest(bounds), keyBits);
+        std::vector<KeyIndex> vOrder, vScratch(vContents.size());
+        vOrder.reserve(vContents.size());
+        for (Content& content : vContents) {
+            content.key = grid.keyOf(Space::center(content));
+            vOrder.emplace_back(content.key, static_cast<std::uint32_t>(vOrder.size()));
+        }
+        radixSort(std::span(vOrder), std::span(vScratch), [](const KeyIndex& pair) { return pair.first; });
+        const auto centerOf = [&](std::uint32_t index) { return Space::center(vContents[index]); };
+        EqualKeys<Space::dimension, decltype(centerOf)>(centerOf).order(vOrder, itemsOfLowest);
+        return vOrder;
+    }
+
     void packNodes() {
         const auto n = static_cast<int>(items.numHandedOut());
-        for (unsigned axis = 0; axis < Space::dimension; ++axis)
-            center[axis] = Space::least(bounds)[axis] * 0.5 + Space::greatest(bounds)[axis] * 0.5;
+        cells = CellGrid<Space::dimension>(Space::least(bounds), Space::greatest(bounds));
         nodes.init(numNodesFor(n), Space::maxNodesOfBlock);
         for (int i = 0; i < n; i += leafCapacity) makeLeaf(i, std::min(i + leafCapacity, n));
         // Also a single leaf has an inner node above it.
@@ -241,15 +237,15 @@ private:
         for (std::size_t i = 0; i < numInLevel; ++i)
             for (std::size_t child = 0; child < pFirst[i].getNumberOfChildren(); ++child) {
                 const Node& node = *pFirst[i].getChild(child);
-                if (numItems(node) == 0) continue;  // no question meets it, however large
-                vUpperLevels.back().vBlocks[i].set(child, relative(Space::least(node.box)),
-                                                   relative(Space::greatest(node.box)));
+                if (numItems(node) == 0) continue;  // meets nothing, however large
+                vUpperLevels.back().vBlocks[i].set(child, cells.cellsOf(Space::least(node.box)),
+                                                   cells.cellsOf(Space::greatest(node.box)));
             }
     }
 
     std::vector<Content> vContents;  ///< until the tree is built
     Box bounds;
-    Coordinates center{};
+    CellGrid<Space::dimension> cells;  ///< over the bounds when the tree is built
     SimplePool<Item> items;
     Item* pItems = nullptr;
     SimplePool<Node> nodes;
