@@ -37,12 +37,6 @@ std::string drawingOf(const Additions& add) {
     return content.substr(content.find("\n", content.find("(y-Range")) + 1);
 }
 
-int countOf(const std::string& text, const std::string& word) {
-    int count = 0;
-    for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos; at += word.size()) ++count;
-    return count;
-}
-
 const std::string blackPen = "stroke\n0\t0\t0\tsetrgbcolor\n0.5\tsetlinewidth\n";
 const std::string footer = "stroke\nshowpage\n%%Trailer\n";
 

@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <SegmentChecker.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,11 +14,6 @@
 using namespace KELMAR_NORVIK2D;
 
 namespace {
-
-/// The library doesn't report files that can't be written.
-void ensureWritable(const std::string& path) {
-    if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
-}
 
 void writePicture(Norvik_2D& mesh, const Zone2* pZone, bool bShowFull, const std::string& path) {
     if (!mesh.is2D()) throw BadOutput(path + ": no picture, there are no triangles");
@@ -48,16 +44,23 @@ void addSegments(const std::string& path, Input& input) {
     }
 }
 
-double doTimed(Norvik_2D& mesh, const Options& options, const std::function<void()>& work) {
+void ensureWritable(const std::string& path) {
+    if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
+}
+
+template <class Publisher>
+double doTimed(Publisher& publisher, const Options& options, const std::function<void()>& work) {
     ProgressBar bar;
     const bool bShowBar = options.bProgress && isatty(STDERR_FILENO) == 1;
-    if (bShowBar) mesh.subscribe(MSGTYPE_PROGRESS, &bar);
+    if (bShowBar) publisher.subscribe(MSGTYPE_PROGRESS, &bar);
     const auto start = std::chrono::steady_clock::now();
     work();
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    if (bShowBar) mesh.unsubscribe(MSGTYPE_PROGRESS, &bar);
+    if (bShowBar) publisher.unsubscribe(MSGTYPE_PROGRESS, &bar);
     return seconds.count();
 }
+template double doTimed(Norvik_2D&, const Options&, const std::function<void()>&);
+template double doTimed(SegmentChecker&, const Options&, const std::function<void()>&);
 
 std::string describe(const Zone2& zone) {
     // Less than a double has, so that the rounding of a long sum isn't shown.

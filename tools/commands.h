@@ -11,6 +11,7 @@
 constexpr int exitSuccess = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
+constexpr int exitIllegal = 3;
 
 /// A zone that is asked for: inside or outside of the next ring, or around a seed.
 struct ZoneRequest {
@@ -54,6 +55,8 @@ struct Options {
     std::string cookieCutterFile;
     bool bKeepShape = false;
     MeshOptions mesh;
+    bool bEndpoints = false;
+    std::string listFile;
 };
 
 // The commands print a summary on standard output, write the files that are asked for, and return the exit status. Input
@@ -64,6 +67,7 @@ int constrain(const Options& options);
 int zones(const Options& options);
 int cut(const Options& options);
 int makeMesh(const Options& options);
+int check(const Options& options);
 
 // What they have in common
 
@@ -83,8 +87,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Does the work, with a bar on standard error if that is wanted and a terminal. Returns the seconds that it took.
-double doTimed(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options, const std::function<void()>& work);
+/// The library doesn't report files that can't be written; this throws BadOutput.
+void ensureWritable(const std::string& path);
+
+/// Does the work, with a bar on standard error if that is wanted and a terminal. Returns the seconds that it took. A Publisher, a
+/// Norvik_2D or SegmentChecker, tells the progress.
+template <class Publisher>
+double doTimed(Publisher& publisher, const Options& options, const std::function<void()>& work);
 
 /// `area ..., triangles ..., border edges ...`
 std::string describe(const KELMAR_NORVIK2D::Zone2& zone);

@@ -70,6 +70,10 @@ CLI::Option* addWords(CLI::App& command, const std::string& name, const std::str
         ->check(complaintsOf(parse), "");
 }
 
+void addProgressOption(CLI::App& command, Options& options) {
+    command.add_flag("--progress", options.bProgress, "Show the progress if standard error is a terminal");
+}
+
 Command addTriangulate(CLI::App& app, Options& options) {
     CLI::App* pCommand = app.add_subcommand("triangulate", "Triangulate the points of a file");
     pCommand
@@ -95,6 +99,23 @@ Command addConstrain(CLI::App& app, Options& options) {
     pCommand->add_flag("--conforming", options.bConforming,
                        "Halve the segments until their pieces are Delaunay edges");
     return {pCommand, constrain};
+}
+
+Command addCheck(CLI::App& app, Options& options) {
+    CLI::App* pCommand =
+        app.add_subcommand("check", "Find the segments of a file that cross, touch or overlap");
+    pCommand->add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
+        ->required();
+    pCommand->add_flag("--endpoints", options.bEndpoints,
+                       "Segments that have an end in common count as illegal, too");
+    pCommand->add_option(
+        "--ps", options.pictureFile,
+        "Draw the segments to a PostScript file, illegal ones in red, with marks where they meet");
+    pCommand->add_option(
+        "--list", options.listFile,
+        "Write the illegal pairs: `i j point x y`, `i j overlap x1 y1 x2 y2`, `i j end x y`");
+    addProgressOption(*pCommand, options);
+    return {pCommand, check};
 }
 
 Command addZones(CLI::App& app, Options& options) {
@@ -207,7 +228,7 @@ Command addMesh(CLI::App& app, Options& options) {
     return {pCommand, makeMesh};
 }
 
-void addCommonOptions(CLI::App& command, Options& options) {
+void addMeshOptions(CLI::App& command, Options& options) {
     command.add_option("--ps", options.pictureFile,
                        "Draw the triangulation, constraints in red, to a PostScript file");
     command.add_option("--obj", options.objFile, "Write the triangles to a Wavefront OBJ file");
@@ -216,7 +237,7 @@ void addCommonOptions(CLI::App& command, Options& options) {
         ->check(CLI::Range(0, 1024))
         ->capture_default_str();
     command.add_flag("--check", options.bCheck, "Check the result: constraints, links and empty circles");
-    command.add_flag("--progress", options.bProgress, "Show the progress if standard error is a terminal");
+    addProgressOption(command, options);
 }
 
 int run(const std::vector<Command>& commands, const Options& options) {
@@ -232,9 +253,13 @@ int main(int argc, char** argv) {
     CLI::App app("Exact two-dimensional Delaunay triangulation");
     app.set_version_flag("--version", getNorvik2DVersion());
     app.require_subcommand(1);
-    const std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
-                                        addZones(app, options), addCut(app, options), addMesh(app, options)};
-    for (const Command& command : commands) addCommonOptions(*command.first, options);
+    app.footer(
+        "Exit status: 0 done; 1 the input can't be used, an output can't be made, or --check found faults; "
+        "2 wrong usage; 3 `check` found illegal segments.");
+    std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
+                                  addZones(app, options), addCut(app, options), addMesh(app, options)};
+    for (const Command& command : commands) addMeshOptions(*command.first, options);
+    commands.push_back(addCheck(app, options));
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& reason) {

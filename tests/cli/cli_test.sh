@@ -40,9 +40,9 @@ refused() {
     grep -qF -- "$text" err || fail "error \"$text\" expected"
 }
 
-# The values of lines that are named NAMES, in order.
+# The values of lines that are named NAMES, in order. The status is 0, or what `expected` tells.
 expect_values() {
-    expect_status 0
+    expect_status "${expected:-0}"
     local i=0
     for value in "$@"; do expect_line "${names[i++]}: $value"; done
     grep -qE '^seconds: [0-9.e-]+$' out || fail "seconds expected"
@@ -462,6 +462,52 @@ badMeshesAreTold() {
         "--max-area inf" "--grow 1" "--grid 1,0" "--grid 0,0,1" "--grid 1,0,0" "--grid 1,0,1 --grid 0,1,1"; do
         refused 2 "${arguments%% *}: " mesh twice.seg $arguments
     done
+}
+
+# The summary of `check` but for the time: segments degenerate illegal points overlaps ends.
+expect_check() {
+    local -r names=(segments degenerate "illegal segments" "pairs that cross or touch" "pairs that overlap"
+        "pairs with a common end")
+    expect_values "$@"
+}
+
+illegalPairsAreCountedAndListed() {
+    printf '0 0 4 4\n0 4 4 0\n1 1 3 3\n4 0 6 0.5\n9 9 9 9\n5 0.25 5 -1\n0.1 9 0.1 9\n' >streets.seg
+    local -r illegal=$'1 2 point 2 2\n1 3 overlap 1 1 3 3\n2 3 point 2 2\n4 6 point 5 0.25'
+    run check streets.seg --list pairs.txt
+    expected=3 expect_check 7 2 5 3 1 1
+    [[ $(cat pairs.txt) == "$illegal" ]] || fail "other pairs expected: $(cat pairs.txt)"
+    run check streets.seg --endpoints --list pairs.txt --ps streets.ps
+    expect_lines_in streets.ps '^\(Illegal segments: 5\)' 1
+    expected=3 expect_check 7 2 5 3 1 1
+    [[ $(cat pairs.txt) == "${illegal/4 6/2 4 end 4 0$'\n'4 6}" ]] || fail "other pairs expected: $(cat pairs.txt)"
+    printf '0.1 9 1 9\n0.1 9 0 0\n' >corner.seg
+    run check corner.seg --list pairs.txt
+    expect_check 2 0 0 0 0 1
+    [[ ! -s pairs.txt ]] || fail "an empty list expected"
+    run check corner.seg --endpoints --list pairs.txt
+    expected=3 expect_check 2 0 2 0 0 1
+    [[ $(cat pairs.txt) == "1 2 end 0.10000000000000001 9" ]] || fail "all digits expected"
+    : >empty.seg
+    run check empty.seg --list pairs.txt
+    expect_check 0 0 0 0 0 0
+}
+
+coastsHaveOneSpike() {
+    run check "$data/coast_110m.seg" --progress
+    expect_check 4992 0 0 0 0 4988
+    run check "$data/coast_50m.seg" --list pairs.txt
+    expected=3 expect_check 59202 0 5 2 2 59199
+    expect_lines_in pairs.txt ' 20216 (point|overlap) 53.14| 20217 overlap 53.14' 4
+}
+
+badChecksAreTold() {
+    echo 0 0 1 1 >line.seg
+    for option in --ps --list; do
+        refused 1 "no/such/folder: can't be written" check line.seg $option no/such/folder
+    done
+    refused 1 "missing.seg: can't be read" check missing.seg
+    refused 2 "" check line.seg --threads 2
 }
 
 "$case_name"

@@ -30,6 +30,13 @@ private:
     std::streambuf* pOldErr;
 };
 
+/// How often the word is in the text.
+inline int countOf(const std::string& text, const std::string& word) {
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos; at += word.size()) ++count;
+    return count;
+}
+
 /// What is written in a file.
 inline std::string contentOf(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
