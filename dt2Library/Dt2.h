@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -24,6 +25,7 @@
 #include "SimplePool.h"
 #include "StarFlipper.h"
 #include "Triangle2.h"
+#include "UniformLimits.h"
 #include "VertexVault.h"
 #include "Zone2.h"
 #include "knives.h"
@@ -290,7 +292,7 @@ public:
     void refineGate(MeshGenParams* pParams) { refineMain3(pParams); }
     /// Refines until no triangle of the zone can be bettered any more, or until a limit of passes, of vertices or of doubles.
     void refineMain3(MeshGenParams* pParams);
-    /// False, with an error message, for parameters that can't be met.
+    /// False, with an error message, for parameters that can't be used.
     bool haveValidPreconditions(MeshGenParams* pParams);
     /// Refinement queues the triangles that it changes; without a run nothing happens.
     void addRefCand3(Triangle2* pT) {
@@ -391,7 +393,7 @@ private:
 
     // Dt2_meshing.cpp
     void queueForRefinement(Triangle2* pT);
-    void getInitialRefineCandidates(MeshGenParams* pParams);
+    std::size_t getInitialRefineCandidates(MeshGenParams* pParams);
     bool refineOnce(MeshGenParams* pParams);
     void insertSteiner(const Point2& steiner, Triangle2* pContainingTriangle);
     bool splitForRefinement(const RefCand3& candidate, const ConstraintGraph2* pGraph);
@@ -415,7 +417,7 @@ private:
     ConstraintMgr constraintMgr{this};
     InnerVtxMgr innerVtxMgr;
     std::unique_ptr<RefinementQueue> pRefinementQueue;  ///< exists while refinement runs
-    const MeshGenParams* pUniformLimits = nullptr;      ///< of the present run, if they are
+    std::optional<UniformLimits> uniformLimits;         ///< of the present run, if they are
     std::size_t mostRefinementVertices = 50000000;
     std::size_t numRefinementVertices = 0;  ///< made in this run
     bool bPrecisionLimitReached = false;    ///< in this run

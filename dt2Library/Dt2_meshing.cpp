@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cassert>
 #include <cmath>
+#include <limits>
 #include <typeinfo>
 
 #include "ConstraintGraph2.h"
@@ -65,9 +67,11 @@ namespace {
 
 constexpr int mostPasses = 50;
 
-/// Whether the limits depend on nothing but the triangle itself.
-bool areUniform(const MeshGenParams& params) {
-    return typeid(params) == typeid(MeshGenParams) && params.growFactor == std::numeric_limits<double>::max();
+/// The limits if they depend on nothing but the triangle itself.
+std::optional<UniformLimits> uniformLimitsOf(const MeshGenParams& params) {
+    if (typeid(params) != typeid(MeshGenParams) || params.growFactor != std::numeric_limits<double>::max())
+        return {};
+    return UniformLimits{params.minAngleDegree, params.maxEdgeLength, params.maxTriangleArea};
 }
 
 /// A direction and a spacing that make a grid.
@@ -91,7 +95,7 @@ void Dt2::refineMain3(MeshGenParams* pParams) {
     }
     require(pRefinementQueue == nullptr, "pmmAng2RC==__null");
     pRefinementQueue = std::make_unique<RefinementQueue>();
-    pUniformLimits = areUniform(*pParams) ? pParams : nullptr;
+    uniformLimits = uniformLimitsOf(*pParams);
     numRefinementVertices = 0;
     bPrecisionLimitReached = false;
     for (int numPasses = 0; numPasses < mostPasses && refineOnce(pParams); ++numPasses)
@@ -102,9 +106,10 @@ void Dt2::refineMain3(MeshGenParams* pParams) {
 
 /// One pass; whether it has changed anything.
 bool Dt2::refineOnce(MeshGenParams* pParams) {
-    getInitialRefineCandidates(pParams);
-    // One more than there are: only the end of the run is told as such.
-    progress.start("refine", pRefinementQueue->size() + 1);
+    const std::size_t numTriangles = getInitialRefineCandidates(pParams);
+    // One more than there are: only the end of the run is told as such. Those that don't wait are done.
+    progress.start("refine", numTriangles + 1);
+    progress.incProgress(numTriangles - pRefinementQueue->size());
     bool bChanged = false;
     std::uint64_t numServed = 0;
     while (!pRefinementQueue->empty() && !isRefinementExhausted()) {
@@ -119,11 +124,13 @@ bool Dt2::refineOnce(MeshGenParams* pParams) {
         if (tryRefine(candidate, pParams)) bChanged = true;
         progress.addToTotal(pRefinementQueue->size() - numWaiting);
     }
+    // A long run doesn't hold its peak of memory.
+    pRefinementQueue = std::make_unique<RefinementQueue>();
     return bChanged;
 }
 
 /// All triangles of the zone in the order of their making, not of their addresses: so a run can be repeated.
-void Dt2::getInitialRefineCandidates(MeshGenParams* pParams) {
+std::size_t Dt2::getInitialRefineCandidates(MeshGenParams* pParams) {
     require(pRefinementQueue != nullptr, "pmmAng2RC!=__null");
     std::vector<Triangle2*> vTriangles;
     pParams->pZone->getTriangles(vTriangles);
@@ -134,12 +141,13 @@ void Dt2::getInitialRefineCandidates(MeshGenParams* pParams) {
             std::lower_bound(first, vTriangles.end(), records.data() + records.size(), ByAddress{});
         std::for_each(first, behind, [&](Triangle2* pT) { addRefCand3(pT); });
     }
+    return vTriangles.size();
 }
 
 /// Where the limits are the same everywhere and at all times, a triangle that meets them needn't wait for its turn.
 void Dt2::queueForRefinement(Triangle2* pT) {
     const double minAngle = RefCand3::minAngleOf(pT);
-    if (pUniformLimits != nullptr && RefCand3::meetsLimits(pT, minAngle, *pUniformLimits)) return;
+    if (uniformLimits && RefCand3::meetsLimits(pT, minAngle, *uniformLimits)) return;
     pRefinementQueue->push(minAngle, pT);
 }
 
@@ -222,6 +230,7 @@ void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit) {
     // As many as this are left to the next pass.
     constexpr int veryMany = 100;
     std::vector<Triangle2*> vAround;
+    vAround.reserve(veryMany);
     int numBeforeLast = 0;
     for (Triangle2* pT = getAdjacentTriangle(pSplit, pTrg); pT != nullptr; pT = nextAround(pT, pSplit)) {
         vAround.push_back(pT);
@@ -252,11 +261,14 @@ NORVIK2D_HOT_LOOP void Dt2::insertVertexForRefinement(Point2*& pNew, Triangle2* 
     while (!vRound.empty()) {
         vNextRound.clear();
         for (Triangle2* pStarT : vRound) {
-            // A constraint protects its edge, but not against a vertex on its very line.
-            if (isConstraint(pStarT, 0) &&
-                predicates.getOrientation2(pNew, corner(pStarT, 1), corner(pStarT, 2)) !=
+            if (isConstraint(pStarT, 0)) {
+                // It protects its edge, but not against a vertex on its very line, which has no business there: it should
+                // have divided the constraint.
+                if (predicates.getOrientation2(pNew, corner(pStarT, 1), corner(pStarT, 2)) !=
                     ORIENTATION2_COLLINEAR)
-                continue;
+                    continue;
+                assert(!"a vertex on a constraint");
+            }
             const auto [pU, q, w, r, pFarQW, pFarWR] = flipEdge(pStarT, 0);
             const unsigned wantedNext = flipper.wantedFlips(pStarT, pU, pNew, q, w, r, pFarQW, pFarWR);
             if ((wantedNext & 1U) != 0) vNextRound.push_back(pStarT);

@@ -149,6 +149,10 @@ bool Dt2::checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::strin
         warning(functionName, "pZone==NULL, returning false");
         return false;
     }
+    if (pZone->getDelaunayTriangulation() != this) {
+        warning(functionName, "the zone belongs to another triangulation, returning false");
+        return false;
+    }
     if (minAngleDegree == drawsZoneFirst) pZone->debug(fileName + ".ps");
     applyConstraintsAndZones();
     std::vector<Triangle2*> vTriangles;

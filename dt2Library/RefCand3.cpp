@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "ConstraintSegment2.h"
 #include "Dt2.h"
 #include "KelmarTest.h"
 #include "MeshGenParams.h"
+#include "UniformLimits.h"
 #include "Visualizer2.h"
 #include "angles.h"
 #include "diagnostics.h"
@@ -43,17 +45,23 @@ std::array<double, 3> sqLengthsOf(const Triangle2* pT) {
     return {squaredDistance(b, c), squaredDistance(c, a), squaredDistance(a, b)};
 }
 
-double areaOf(const Triangle2* pT, const std::array<double, 3>& sqLengths) {
-    return heronArea(std::sqrt(sqLengths[0]), std::sqrt(sqLengths[1]), std::sqrt(sqLengths[2]), pT);
+constexpr double noLimit = std::numeric_limits<double>::max();
+
+/// Lengths and areas of huge triangles are infinite, which is no reason where there is no limit.
+bool exceeds(double value, double limit) { return value > limit && limit != noLimit; }
+
+bool isLargerThan(const Triangle2* pT, const std::array<double, 3>& sqLengths, double maxArea) {
+    return maxArea != noLimit &&
+           heronArea(std::sqrt(sqLengths[0]), std::sqrt(sqLengths[1]), std::sqrt(sqLengths[2]), pT) > maxArea;
 }
 
 }  // namespace
 
-bool RefCand3::meetsLimits(const Triangle2* pT, double minAngle, const MeshGenParams& params) {
-    if (params.minAngleDegree > minAngle) return false;
+bool RefCand3::meetsLimits(const Triangle2* pT, double minAngle, const UniformLimits& limits) {
+    if (limits.minAngleDegree > minAngle) return false;
     const std::array<double, 3> sqLengths = sqLengthsOf(pT);
-    return !(std::sqrt(std::max({sqLengths[0], sqLengths[1], sqLengths[2]})) > params.maxEdgeLength) &&
-           !(areaOf(pT, sqLengths) > params.maxTriangleArea);
+    return !exceeds(std::sqrt(std::max({sqLengths[0], sqLengths[1], sqLengths[2]})), limits.maxEdgeLength) &&
+           !isLargerThan(pT, sqLengths, limits.maxTriangleArea);
 }
 
 bool RefCand3::isConstraint(int index) const { return pDt->isConstraint(pTriangle, index); }
@@ -68,13 +76,17 @@ ConstraintSegment2* RefCand3::getAliveConstraintSegment(int index) const {
 
 // ---------------------------------------------------------------------------------------------- the decision
 
-// What is asked first here is told last: a triangle that has no legal place for a vertex is left alone, whatever its size. The
-// result is the same, and the walk to the circumcentre is spared for all good triangles.
+// A triangle that has no legal place for a vertex is left alone, whatever its size and shape; to find that out takes a walk, so
+// it is asked last.
 bool RefCand3::needRefinement(MeshGenParams* pParams) {
     if (pParams->debugCommand == 1) bDebug = true;
     computeMinMax();
     const Reason reason = reasonToRefine(pParams);
     if (reason == Reason::NONE) return false;
+    if (isTooSmallForCircumcenter()) {
+        pDt->reportPrecisionLimit();
+        return false;
+    }
 
     // A circumcentre far outside would make the predicates' filter blunt for good.
     KelmarTest& predicates = *pDt->getPredicates();
@@ -83,25 +95,27 @@ bool RefCand3::needRefinement(MeshGenParams* pParams) {
     const bool bRejected = highPriorityReject(pParams);
     if (predicates.getBoundMagnitude() != magnitude) predicates.setStaticBound(magnitude);
     if (bRejected) return false;
+    if (isAtPrecisionLimit()) {
+        pDt->reportPrecisionLimit();
+        return false;
+    }
     if (bDebug) explain(reason, pParams);
     return true;
 }
 
 RefCand3::Reason RefCand3::reasonToRefine(MeshGenParams* pParams) {
-    Reason reason = reasonOfSize(pParams);
+    const Reason reason = reasonOfSize(pParams);
+    if (reason != Reason::NONE) return reason;
     const double minAngle = pParams->minAngleDegree;
-    if (reason == Reason::NONE && minAngle > getMinAngle() && !hasNarrowConstraintAngle(minAngle))
-        reason = Reason::MIN_ANGLE;
-    if (reason == Reason::NONE || !isAtPrecisionLimit()) return reason;
-    pDt->reportPrecisionLimit();
-    return Reason::NONE;
+    return minAngle > getMinAngle() && !hasNarrowConstraintAngle(minAngle) ? Reason::MIN_ANGLE : Reason::NONE;
 }
 
 RefCand3::Reason RefCand3::reasonOfSize(MeshGenParams* pParams) {
-    if (std::sqrt(getMaxSqSideLength2D()) > pParams->getMaxEdgeLength(pTriangle)) return Reason::SIDE_LENGTH;
-    const double area = areaOf(pTriangle, sqLengthsOf(pTriangle));
-    if (area > pParams->getMaxTriangleArea(pTriangle)) return Reason::AREA;
-    if (pParams->growFactor != std::numeric_limits<double>::max() &&
+    if (exceeds(std::sqrt(getMaxSqSideLength2D()), pParams->getMaxEdgeLength(pTriangle)))
+        return Reason::SIDE_LENGTH;
+    if (isLargerThan(pTriangle, sqLengthsOf(pTriangle), pParams->getMaxTriangleArea(pTriangle)))
+        return Reason::AREA;
+    if (pParams->growFactor != noLimit &&
         needRefinementDueToGrowth(pParams->growFactor, pParams->growFactorMinArea))
         return Reason::GROWTH;
     return Reason::NONE;
@@ -112,16 +126,21 @@ void RefCand3::computeMinMax() {
     std::sort(sqSideLengths.begin(), sqSideLengths.end());
 }
 
+/// Circumcentres are made of fourth powers of lengths, and those vanish below this.
+bool RefCand3::isTooSmallForCircumcenter() const {
+    constexpr double leastLength = 1e-75;
+    return std::sqrt(getMaxSqSideLength2D()) < leastLength;
+}
+
 /// Whether the triangle is so small that doubles hardly tell its corners apart: no limit can be met there, neither of size nor
 /// of angles, which rounding changes at will, and to try would never end.
 bool RefCand3::isAtPrecisionLimit() const {
     constexpr double numUlps = 8.0;
-    constexpr double leastLength = 1e-75;  // circumcentres are made of fourth powers of lengths
     double magnitude = 0.0;
     for (const Point2* pCorner : corners)
         magnitude = std::max({magnitude, std::fabs(pCorner->x()), std::fabs(pCorner->y())});
     const double ulp = std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
-    return std::sqrt(getMaxSqSideLength2D()) < std::max(numUlps * ulp, leastLength);
+    return std::sqrt(getMaxSqSideLength2D()) < numUlps * ulp;
 }
 
 // A big triangle beside a small one is refined, so that sizes grow slowly away from small features.
@@ -150,7 +169,7 @@ bool RefCand3::needRefinementDueToGrowth(double factor, double minArea) const {
 }
 
 bool RefCand3::hasNarrowConstraintAngle(double minAngle) const {
-    // Not the factor of other angles: an angle of the input that equals the bound is excused by it, or isn't.
+    // Not the factor of other angles. It makes angles a little greater: one of the input that equals the bound isn't excused.
     constexpr double pi = 3.14159;
     const std::array<bool, 3> areConstraints{isConstraint(0), isConstraint(1), isConstraint(2)};
     for (int i = 0; i < 3; ++i) {

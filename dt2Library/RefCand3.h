@@ -16,7 +16,7 @@ namespace KELMAR_NORVIK2D {
 class ConstraintSegment2;
 class Dt2;
 class MeshGenParams;
-class Zone2;
+struct UniformLimits;
 
 /// Where the walk from a triangle to its circumcentre ends. Other results are 0 to 2: the way is blocked there by that edge, a
 /// constraint or a hull edge, which has to be split.
@@ -46,7 +46,7 @@ public:
     double getMinAngle() const { return minAngleOf(pTriangle); }
     /// Whether a triangle with this smallest angle meets limits that are the same for all: none of the steps below would refine
     /// it.
-    static bool meetsLimits(const Triangle2* pT, double minAngle, const MeshGenParams& params);
+    static bool meetsLimits(const Triangle2* pT, double minAngle, const UniformLimits& limits);
 
     /// The decision. Afterwards, if it is true, the place of the new vertex is known.
     bool needRefinement(MeshGenParams* pParams);
@@ -111,6 +111,7 @@ private:
 
     Reason reasonOfSize(MeshGenParams* pParams);
     Reason reasonToRefine(MeshGenParams* pParams);
+    bool isTooSmallForCircumcenter() const;
     bool isAtPrecisionLimit() const;
     void explain(Reason reason, MeshGenParams* pParams) const;
 

@@ -1,7 +1,5 @@
 #include "RefinementQueue.h"
 
-#include <functional>
-
 namespace KELMAR_NORVIK2D {
 
 namespace {

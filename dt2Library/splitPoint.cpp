@@ -83,8 +83,7 @@ private:
 
     /// For a vertex that isn't an end.
     bool liesInBetween(const Point2& vertex) const {
-        return getOrientation2(&a, &b, &vertex) == ORIENTATION2_COLLINEAR &&
-               hasOnCollinearPoint(a, b, vertex);
+        return isBetween(a, b, vertex) && getOrientation2(&a, &b, &vertex) == ORIENTATION2_COLLINEAR;
     }
 
     Verdict look(Triangle2* pT, int edge) {

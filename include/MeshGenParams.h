@@ -19,8 +19,9 @@ struct AcceptExperimentalFeature {};
 /// the middle of the run, and must not change the mesh.
 class NORVIK2D_EXPORT MeshGenParams {
 public:
-    /// The zone has to be of kind ZL_INSIDE or ZL_BOUNDED with a single constraint graph (Zone2::convertToBoundedZone makes one
-    /// of any other); for other kinds a message goes to standard error. The record doesn't own it.
+    /// The zone has to be of kind ZL_INSIDE or ZL_BOUNDED with a single constraint graph. Of any other such a zone is made by
+    /// Norvik_2D::createZone of its triangles and Zone2::convertToBoundedZone of that. For other kinds a message goes to standard
+    /// error. The record doesn't own the zone.
     explicit MeshGenParams(Zone2* pZone_);
     virtual ~MeshGenParams();
 
@@ -36,14 +37,14 @@ public:
     /// may go on there until 50 million vertices are made. It is not scaled to the data: for coordinates in small units make it
     /// smaller. Edges inside the zone may get shorter.
     double minEdgeLength = 0.001;
-    /// Triangles with a longer edge, or a greater area, are refined.
+    /// Triangles with a longer edge, or a greater area, are refined. The largest double is no limit.
     double maxEdgeLength = std::numeric_limits<double>::max();
     double maxTriangleArea = std::numeric_limits<double>::max();
     /// Without it constraints stay whole; triangles for which one would have to be split stay as they are.
     bool bAllowConstraintSplitting = true;
     /// The greatest ratio of a triangle's area to that of a neighbour; the largest double for no limit. Limits below about 2 can't
-    /// be met: the mesh becomes as fine as growFactorMinArea allows. Behind a constraint
-    /// ConstraintSegment2::setAdjacentArea takes the neighbour's place, if it was called.
+    /// be met: the mesh becomes as fine as growFactorMinArea allows. Across a constraint nothing is compared, unless
+    /// ConstraintSegment2::setAdjacentArea gave it an area.
     double growFactor = std::numeric_limits<double>::max();
     /// Smaller neighbours don't count for growFactor.
     double growFactorMinArea = 0.001;
@@ -55,8 +56,9 @@ public:
     /// are removed again, also where a vertex stood there before, unless it is the end of a constraint.
     Vector2 gridVector;
     double gridLength = 0.0;
-    /// Without it this run may remove what earlier runs have inserted inside the zone. That fails (NorvikException) where such a
-    /// vertex has become the end of a constraint since.
+    /// Without it this run may remove what earlier runs have inserted inside of zones, also of others, which aren't repaired. That
+    /// fails (NorvikException) where a constraint was drawn through such a vertex since. With it they are safe for good, even if
+    /// the run is refused.
     bool bProtectOlderSteiners = true;
     /// 1: each triangle that is refined is explained on standard output, and drawn to a file.
     int debugCommand = 0;

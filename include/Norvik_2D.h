@@ -48,8 +48,8 @@ class Dt2;
 ///
 /// Mistakes of the caller are reported by warning() on standard output, and the call changes nothing and
 /// returns a neutral result. Coordinates that aren't finite are such a mistake. A broken invariant ends in a
-/// NorvikException; after that, after std::bad_alloc and after an exception out of a subscriber the object may
-/// only be destroyed.
+/// NorvikException; after that, after std::bad_alloc and after an exception out of a subscriber or of the limits that refinement
+/// asks for the object may only be destroyed.
 ///
 /// An object is used by one thread at a time; different objects are independent. Neither the floating-point
 /// rounding mode of the calling thread nor its treatment of denormal numbers has an influence; both are left
@@ -168,11 +168,12 @@ public:
 
     /// Makes a good mesh of a zone by adding vertices, inside the zone and on its constraints, see MeshGenParams for the limits.
     /// The zone must be of kind ZL_INSIDE or ZL_BOUNDED with a single graph: make one of any other by
-    /// createZone(zone's triangles) and Zone2::convertToBoundedZone(); with several graphs it ends in a NorvikException.
+    /// createZone(zone's triangles) and Zone2::convertToBoundedZone(). With several graphs it ends in a NorvikException.
     ///
-    /// Limits that can't be met, as at sharp corners of the input, are missed silently: see checkZoneQuality(). A null zone, or
-    /// an angle above 30, is told on standard error, and other mistakes by an error message; nothing is done then. Subscribers
-    /// hear of a phase "refine", which begins anew with each pass over the zone.
+    /// Limits that can't be met, as at sharp corners of the input, are missed, with a warning only where doubles end: see
+    /// checkZoneQuality(). A null zone, or an angle above 30, is told on standard error, and other mistakes by an error message;
+    /// nothing is done then. A zone that isn't closed and reaches the hull ends in a NorvikException. Subscribers hear of a phase
+    /// "refine", which begins anew with each pass over the zone.
     void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
                 bool bAllowConstraintSplitting);
     /// The same with all parameters. Mistakes are told by error messages.
@@ -188,7 +189,7 @@ public:
     /// -999: the zone is drawn to `name`.ps as well (angles can't fail then). -1000: the constraints are written to binary
     /// segment files (`name`_c0_con.bin and so on), nothing is tested, and the zone may be null.
     ///
-    /// Otherwise a null zone gives a warning, and false.
+    /// Otherwise a null zone, and one of another triangulation, give a warning, and false.
     bool checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::string& name,
                           const AcceptExperimentalFeature& accept);
 
