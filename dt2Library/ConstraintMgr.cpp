@@ -43,7 +43,7 @@ public:
     }
 
     /// Asks for the memory that a later question for the point will read.
-    void prefetch(const Point2& point) const noexcept {
+    [[gnu::always_inline]] void prefetch(const Point2& point) const noexcept {
         __builtin_prefetch(&vPlaces[hashOf(point) & (vPlaces.size() - 1)]);
     }
 
@@ -73,7 +73,8 @@ bool isChained(const std::vector<Segment2>& vSegments, std::size_t i) {
 }
 
 /// The triangles at the segments' sources are asked for some time before they are read.
-void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments, std::size_t i) {
+[[gnu::always_inline]] inline void prefetchAhead(const std::vector<ConstraintSegment2*>& vSegments,
+                                                 std::size_t i) {
     constexpr std::size_t far = 16, near = 8;
     if (i + far < vSegments.size()) __builtin_prefetch(vSegments[i + far]->getSrc());
     if (i + near < vSegments.size()) prefetchTriangle(vSegments[i + near]->getSrc()->getIncidentTriangle());

@@ -22,7 +22,7 @@ public:
     std::size_t lowerBound(std::uint32_t key) const noexcept;
 
     /// Asks for the memory that the search will read first.
-    void prefetch(std::uint32_t key) const noexcept {
+    [[gnu::always_inline]] void prefetch(std::uint32_t key) const noexcept {
         const std::size_t bucket = key >> bucketShift;
         if (bucket < vBucketStarts.size()) __builtin_prefetch(vKeys.data() + vBucketStarts[bucket]);
     }

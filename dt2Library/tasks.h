@@ -26,8 +26,8 @@ struct Task {
 };
 
 /// The input lies in another order than the list: its points are asked for some time before they are read.
-inline void prefetchAhead(std::span<const KeyIndex> pairs, std::size_t rank,
-                          const std::vector<Point2>& points) noexcept {
+[[gnu::always_inline]] inline void prefetchAhead(std::span<const KeyIndex> pairs, std::size_t rank,
+                                                 const std::vector<Point2>& points) noexcept {
     constexpr std::size_t distance = 16;
     if (rank + distance < pairs.size()) __builtin_prefetch(&points[pairs[rank + distance].second]);
 }

@@ -119,7 +119,7 @@ inline Side previousHullSide(Side side) noexcept {
 }
 
 /// Asks for the memory of a triangle, which may lie in two cache lines. Null does no harm.
-inline void prefetchTriangle(const Triangle2* pT) noexcept {
+[[gnu::always_inline]] inline void prefetchTriangle(const Triangle2* pT) noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(pT);
     __builtin_prefetch(pT);
     __builtin_prefetch(reinterpret_cast<const void*>(address + sizeof(Triangle2) - 1));
