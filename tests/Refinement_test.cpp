@@ -122,6 +122,16 @@ TEST(Refinement, SharpCornersAndTinyFeaturesEndSoundly) {
             }
 }
 
+TEST(Refinement, ConstraintsThatWaitAreAppliedFirst) {
+    Meshed meshed(square);
+    meshed.refine({.maxEdge = 2});
+    meshed.mesh.createConstraint({Segment2({2, 5}, {7, 6})}, CIS_CONFORMING_DELAUNAY);
+    CaptureOutput output;
+    EXPECT_FALSE(meshed.mesh.checkValidity(true, "waiting")) << "or there is nothing to show";
+    meshed.refine({});
+    EXPECT_EQ(meshed.faults(), "");
+}
+
 TEST(Refinement, GradedMeshesFollowThePlaceAndGrowSlowly) {
     struct Graded : MeshGenParams {
         using MeshGenParams::MeshGenParams;
