@@ -300,8 +300,9 @@ public:
     }
     /// One step. Whether the mesh has changed, or was meant to.
     bool tryRefine(RefCand3& candidate, MeshGenParams* pParams);
-    /// Queues the triangles around a vertex that has divided a constraint, on its left side, unless there are very many.
-    void addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit);
+    /// Queues the triangles around a vertex that has divided a constraint of the graph, on its left side, unless there are very
+    /// many.
+    void addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit, const ConstraintGraph2& graph);
     /// Puts a vertex into a triangle and restores the Delaunay property.
     void insertVertexForRefinement(Point2*& pNew, Triangle2* pContainingTriangle);
     /// Tells, once a run, that doubles end before the limits are met.

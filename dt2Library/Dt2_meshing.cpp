@@ -219,13 +219,13 @@ bool Dt2::splitForRefinement(const RefCand3& candidate, const ConstraintGraph2* 
     innerVtxMgr.removePreviouslyInsertedVertices(pNew, squaredDistance(*p1, *pNew), this);
     if (!bOfZone) return true;
     if (pGraph->isReverse(pCSeg))
-        addRefCandsInsideZone(pCSeg->getTrg(), pCSeg->getSrc(), pNew);
+        addRefCandsInsideZone(pCSeg->getTrg(), pCSeg->getSrc(), pNew, *pGraph);
     else
-        addRefCandsInsideZone(pCSeg->getSrc(), pCSeg->getTrg(), pNew);
+        addRefCandsInsideZone(pCSeg->getSrc(), pCSeg->getTrg(), pNew, *pGraph);
     return true;
 }
 
-void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit) {
+void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit, const ConstraintGraph2& graph) {
     require(pSrc != pTrg && pSrc != pSplit && pTrg != pSplit, "pSrc!=pTrg && pSrc!=pSplit && pTrg!=pSplit");
     // As many as this are left to the next pass.
     constexpr int veryMany = 100;
@@ -234,7 +234,9 @@ void Dt2::addRefCandsInsideZone(Point2* pSrc, Point2* pTrg, Point2* pSplit) {
     int numBeforeLast = 0;
     for (Triangle2* pT = getAdjacentTriangle(pSplit, pTrg); pT != nullptr; pT = nextAround(pT, pSplit)) {
         vAround.push_back(pT);
-        if (corner(pT, cw(indexOf(pT, pSplit))) == pSrc) break;
+        Point2* const pNext = corner(pT, cw(indexOf(pT, pSplit)));
+        // Where a half was divided further at once, its nearer piece leads elsewhere than to the source: behind it is no zone.
+        if (pNext == pSrc || graph.isConstraint(pSplit, pNext)) break;
         if (++numBeforeLast > veryMany) return;
     }
     if (numBeforeLast == veryMany) return;

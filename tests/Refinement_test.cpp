@@ -162,11 +162,17 @@ TEST(Refinement, GradedMeshesFollowThePlaceAndGrowSlowly) {
 
 TEST(Refinement, ImpossibleLimitsEndWithOneWarning) {
     const Domain farSquare{"far", {box(0x1p50, 0x1p50, 0x1p50 + 16, 0x1p50 + 16)}};  // 64 last places a side
+    // Halves of its sides are divided at once, by vertices a last place away.
+    const Domain sliver{"sliver",
+                        {{{-0.00039642109535634521, -0.00066186048649251458},
+                          {0.00053852494480088355, 0.00070781291415914892},
+                          {-0.0002442751144990325, -0.00040934938658028844}}}};
     const struct {
         Domain domain;
         Wish wish;
         std::size_t mostVertices;
     } cases[] = {
+        {sliver, {.minAngle = 25, .minEdge = -1, .maxArea = 0}, 3000},
         {square, {.maxEdge = 0}, 1000},
         {square, {.minEdge = 0, .maxArea = 0}, 1000},
         {square, {.maxEdge = 5, .growFactor = 0.9, .growMinArea = 0}, 1000},
