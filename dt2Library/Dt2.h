@@ -33,7 +33,11 @@
 namespace KELMAR_NORVIK2D {
 
 class MeshGenParams;
+class Norvik_2D;
+class OpenEdges;
+class PointMap;
 class RefCand3;
+class TriangleMarks;
 class Visualizer2;
 
 /// A triangulation. It owns every vertex and triangle of one mesh; records never move, and stay until it is
@@ -41,8 +45,8 @@ class Visualizer2;
 ///
 /// Laws:
 ///  1. Between two public calls the mesh obeys the laws of Triangle2, its outline is convex, and it is Delaunay but across
-///     constraints; also elsewhere it needn't be any more where a cut kept triangles in shape, or diagonals of grids were turned
-///     (bMayLackDelaunay).
+///     constraints; also elsewhere it needn't be any more where a cut kept triangles in shape, diagonals of grids were turned, or
+///     triangles were imported (bMayLackDelaunay).
 ///  2. As long as all points are collinear there are no triangles (is2D() is false): points are stored only.
 ///  3. The static bound of the predicates covers every coordinate in the mesh (it follows the bounding box).
 ///  4. vCheckT and vRound are empty between insertions, the other scratch lists hold leftovers. All keep their
@@ -284,6 +288,27 @@ public:
     void CUTT_insertConstraintSegments(Point2* pStart, Point2* pEnd, std::vector<Point2*>& vInner,
                                        std::vector<Point2*>& vSorted);
 
+    // Dt2_import.cpp
+
+    /// Takes in triangles from elsewhere, three points each, and fills the space around them: see Norvik_2D::importTriangles.
+    Zone2* CAT_importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox);
+    /// Whether there is room for these triangles and they can be taken in.
+    bool CAT_expectedPoints(const std::vector<Point2>& vPoints) const;
+    /// Makes a vertex of each different point.
+    void CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, PointMap& mPoints);
+    /// Turns clockwise triangles around, here and there. False if one is no triangle.
+    bool CAT_reorient(std::vector<Point2>& vPoints, PointMap& mPoints);
+    /// Makes the triangles and links them. False if one has two equal corners.
+    bool CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges& mKeyMCH,
+                                            std::vector<Triangle2*>& vGivenT, ProgressPhase& phase);
+    /// Puts the corners of a box around all into this triangulation, where they get no triangles yet, and into another one.
+    void CAT_insertBoxPoints(PointMap& mPoints, Norvik_2D* pScratchMesh, std::vector<Point2*>& vBoxVertices);
+    /// Copies triangles of the other triangulation to the open edges, and to those of the copies.
+    bool CAT_createOuterTrianglesAndConnect(Norvik_2D* pScratchMesh, OpenEdges& mKeyMCH,
+                                            const PointMap& mPoints);
+    /// Removes a corner of the box (Dt2_removal.cpp). No edge of the given triangles, which needn't be Delaunay, is flipped.
+    void CAT_removeBoxPoint(Point2* pVtx, const TriangleMarks& givenTriangles);
+
     // Dt2_meshing.cpp: refinement of a zone, which adds vertices and divides constraints
 
     void refineClassic(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
@@ -365,6 +390,15 @@ private:
     bool divideAt(ConstraintSegment2* pCSeg, const std::vector<Point2*>& vSplits, Point2* pEnd);
     void appendAlivePieces(Point2* p, Point2* q, std::vector<ConstraintSegment2*>& vPieces) const;
 
+    // Dt2_import.cpp
+    Zone2* importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox, ProgressPhase& phase);
+    bool makeBorderConstraints(const std::vector<Triangle2*>& vGivenT,
+                               std::vector<ConstraintGraph2*>& vGraphs, std::vector<Segment2>& vBorder);
+    bool closeWithOuterTriangles(const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
+                                 std::vector<Point2*>& vBoxVertices);
+    void linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH);
+    void reportOpenEdges(const OpenEdges& mKeyMCH);
+
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);
     bool wantsFakeBox() const;
@@ -388,7 +422,8 @@ private:
     [[noreturn]] void reportUnflippable(const Point2* pVtx);
     void flipSpokesAway(Point2* pVtx);
     void cutOff(Point2* pVtx);
-    void flipRoundsUntilDelaunay(bool bRespectConstraints);
+    template <class MayFlip>
+    void flipRoundsUntilDelaunay(MayFlip mayFlip);
     void restoreFlippedConstraints();
     void flipBackToDelaunay(std::vector<Side>& vOpen);
 

@@ -2,6 +2,7 @@
 
 #include "Dt2.h"
 #include "Edge2.h"
+#include "TriangleMarks.h"
 #include "Visualizer2.h"
 #include "diagnostics.h"
 #include "hotLoop.h"
@@ -10,9 +11,10 @@
 
 namespace KELMAR_NORVIK2D {
 
-/// Flips edges of the triangles of vRound as long as a neighbour's far corner lies in a circumcircle; in
+/// Flips edges of the triangles of vRound as long as a neighbour's far corner lies in a circumcircle and `mayFlip` allows it; in
 /// rounds, breadth first. Dead triangles in the list have no neighbours.
-NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(bool bRespectConstraints) {
+template <class MayFlip>
+NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(MayFlip mayFlip) {
     // The edge between these two is the result of the last flip: testing it would be idle.
     const Triangle2 *pLastT = nullptr, *pLastU = nullptr;
     while (!vRound.empty()) {
@@ -23,11 +25,7 @@ NORVIK2D_HOT_LOOP void Dt2::flipRoundsUntilDelaunay(bool bRespectConstraints) {
                 if ((pT == pLastT && pU == pLastU) || (pT == pLastU && pU == pLastT)) continue;
                 if (pU == nullptr) continue;
                 if (predicates.circleInc3state(pT, farCorner(pT, i)) != CINC2_INCIRCLE) continue;
-                if (isConstraint(pT, i)) {
-                    if (bRespectConstraints) continue;
-                    vFlippedConstraints.push_back(
-                        constraintMgr.getAliveConstraintSegment(corner(pT, ccw(i)), corner(pT, cw(i))));
-                }
+                if (!mayFlip(pT, i)) continue;
                 flipEdge(pT, i);
                 pLastT = pT;
                 pLastU = pU;
@@ -69,7 +67,7 @@ void Dt2::remove(Point2* pVtx) {
     reduceDegree(pVtx);
     collapseDegreeThree(pVtx);
     std::swap(vRound, vUmbrellaT);
-    flipRoundsUntilDelaunay(true);
+    flipRoundsUntilDelaunay([&](const Triangle2* pT, int edge) { return !isConstraint(pT, edge); });
     if (!bMayLackDelaunay) attachSurroundings();
     removedVertices.push_back(pVtx);
     vertexVault.removeAndInvalidateVtx(pVtx);
@@ -204,8 +202,25 @@ void Dt2::remove_CHVersion(Point2* pVtx, bool bInvalidate) {
     if (pVtx->getIncidentTriangle() != nullptr) flipSpokesAway(pVtx);
     cutOff(pVtx);
     // Without regard to constraints: what the vertex has left behind was cut without regard to them too.
-    flipRoundsUntilDelaunay(false);
+    flipRoundsUntilDelaunay([&](const Triangle2* pT, int edge) {
+        if (isConstraint(pT, edge))
+            vFlippedConstraints.push_back(
+                constraintMgr.getAliveConstraintSegment(corner(pT, ccw(edge)), corner(pT, cw(edge))));
+        return true;
+    });
     if (!bInvalidate) return;
+    removedVertices.push_back(pVtx);
+    vertexVault.removeAndInvalidateVtx(pVtx);
+}
+
+void Dt2::CAT_removeBoxPoint(Point2* pVtx, const TriangleMarks& givenTriangles) {
+    vRound.clear();
+    vUmbrellaT.clear();
+    flipSpokesAway(pVtx);
+    cutOff(pVtx);
+    flipRoundsUntilDelaunay([&](const Triangle2* pT, int edge) {
+        return !givenTriangles.contains(pT) && !givenTriangles.contains(neighbour(pT, edge));
+    });
     removedVertices.push_back(pVtx);
     vertexVault.removeAndInvalidateVtx(pVtx);
 }

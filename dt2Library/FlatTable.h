@@ -47,9 +47,8 @@ struct OwnKey {
     }
 };
 
-/// A hash table for masses of small entries, without an allocation for each; nothing is ever taken out. Beside the entries
-/// stands one byte for each place, which answers nearly all questions for keys that aren't there: these bytes stay in the
-/// cache where the entries don't.
+/// A hash table for masses of small entries, without an allocation for each. Beside the entries stands one byte for each place,
+/// which answers nearly all questions for keys that aren't there: these bytes stay in the cache where the entries don't.
 ///
 /// The lower bits of `Hash` are the place. `KeyOf` reads the key out of an entry.
 template <class Entry, class Hash = AddressHash, class KeyOf = OwnKey>
@@ -91,6 +90,29 @@ public:
             ++numEntries;
         }
         return {&pEntries[place], bNew};
+    }
+
+    /// Takes out an entry that find() has given. Others may move to other places.
+    void erase(Entry* pEntry) noexcept {
+        const std::size_t mask = vMarks.size() - 1;
+        auto hole = static_cast<std::size_t>(pEntry - pEntries.get());
+        // Whatever stands behind the hole, up to the next free place, moves into it unless it belongs behind it.
+        for (std::size_t place = (hole + 1) & mask; vMarks[place] != freePlace; place = (place + 1) & mask) {
+            const std::size_t home = Hash{}(KeyOf{}(pEntries[place]));
+            if (((place - home) & mask) < ((place - hole) & mask)) continue;
+            vMarks[hole] = vMarks[place];
+            pEntries[hole] = pEntries[place];
+            hole = place;
+        }
+        vMarks[hole] = freePlace;
+        --numEntries;
+    }
+
+    /// Visits all entries, in no order.
+    template <class Visit>
+    void visit(Visit visitEntry) const {
+        for (std::size_t place = 0; place < vMarks.size(); ++place)
+            if (vMarks[place] != freePlace) visitEntry(pEntries[place]);
     }
 
     /// Asks for the memory that a later question for the key will read. Inline by force, like all functions that do nothing

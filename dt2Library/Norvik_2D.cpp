@@ -163,6 +163,11 @@ bool Norvik_2D::checkZoneQuality(Zone2* pZone, double minAngleDegree, const std:
     return pImpl->checkZoneQuality(pZone, minAngleDegree, name);
 }
 
+Zone2* Norvik_2D::importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox) {
+    RoundToNearest nearest;
+    return pImpl->CAT_importTriangles(vPoints, bReorient, bKeepBox);
+}
+
 void Norvik_2D::cutTriangles(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
     RoundToNearest nearest;
     std::vector<ConstraintSegment2*> vPieces;

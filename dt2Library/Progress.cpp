@@ -49,7 +49,7 @@ void Progress::start(const std::string& name_, std::uint64_t total_) {
 }
 
 void Progress::finish() {
-    if (!bBegun) return;
+    if (!bBegun || bMuted) return;
     bBegun = false;
     count = total;
     if (!bFinished) broadcast(MSGTYPE_PROGRESS, name, 1.0);

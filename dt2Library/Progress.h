@@ -48,7 +48,7 @@ public:
     void addToTotal(std::uint64_t n) {
         if (total != 0) total += n;
     }
-    /// Ends an operation. The last value that subscribers get is 1.0, once.
+    /// Ends an operation, unless it is muted. The last value that subscribers get is 1.0, once.
     void finish();
 
     /// Steps done of all, plus the values of the children: each adds up to 1.0, whatever their number. What
@@ -85,6 +85,34 @@ public:
     ~MuteScope() { progress.setMuted(bWasMuted); }
     MuteScope(const MuteScope&) = delete;
     MuteScope& operator=(const MuteScope&) = delete;
+
+private:
+    Progress& progress;
+    bool bWasMuted;
+};
+
+/// An operation whose parts report nothing of their own: the only one of its kind in sight.
+class ProgressPhase {
+public:
+    ProgressPhase(Progress& progress_, const char* name, std::uint64_t total)
+        : progress(progress_), bWasMuted(progress_.isMuted()) {
+        progress.start(name, total);
+        progress.setMuted(true);
+    }
+    ~ProgressPhase() { progress.setMuted(bWasMuted); }
+    ProgressPhase(const ProgressPhase&) = delete;
+    ProgressPhase& operator=(const ProgressPhase&) = delete;
+
+    void advance(unsigned long n) {
+        progress.setMuted(bWasMuted);
+        progress.incProgress(n);
+        progress.setMuted(true);
+    }
+    /// To be called however the operation ends but by an exception.
+    void finish() {
+        progress.setMuted(bWasMuted);
+        progress.finish();
+    }
 
 private:
     Progress& progress;

@@ -193,7 +193,24 @@ public:
     bool checkZoneQuality(Zone2* pZone, double minAngleDegree, const std::string& name,
                           const AcceptExperimentalFeature& accept);
 
-    // Cutting
+    // Import and cutting
+
+    /// Takes triangles from elsewhere into an empty triangulation as they are, Delaunay or not, and returns the zone of kind
+    /// ZL_INSIDE that holds exactly them. Three points in a row are a triangle; equal coordinates mean the same vertex, which
+    /// gets the custom index of the first of them. The triangles may have several components and holes. The space around them,
+    /// holes included, is filled with further triangles, up to a box twice as large as theirs, whose corners are vertices too;
+    /// without `bKeepBox` these are removed in the end, and the outline is the convex hull. Borders become constraints: a
+    /// graph for each ring that doesn't touch itself, so a mesh with holes or several components has several.
+    ///
+    /// Triangles must run counterclockwise; with `bReorient` they needn't, and clockwise ones are turned around in `vPoints`.
+    /// Inner edges are no constraints, and later insertions nearby may flip them.
+    ///
+    /// Null, with a message, if the triangulation isn't empty, for no points or a number not divisible by 3, for coordinates
+    /// that aren't finite, and for triangles without area (without `bReorient` only if two corners are equal). Null too if
+    /// borders cross or an edge has more than two triangles; a picture of the fault (openEdges.ps, invalidInput.ps, bug.ps) is
+    /// written to the working directory then, and the triangulation may only be destroyed or begun anew. Overlapping triangles
+    /// need not be noticed.
+    Zone2* importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox);
 
     /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep
     /// their shape: edges that are crossed are split at the crossings, and edges around the cut become constraints, which
