@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "Edge2.h"
@@ -18,8 +19,9 @@ public:
 
     const std::vector<Triangle2*>& getTriangles() const noexcept { return vTriangles; }
 
-    /// Collects the border edges, triangle by triangle.
+    /// Collects the border edges, triangle by triangle; or takes over known ones.
     void setUnsortedBorders();
+    void setUnsortedBorders(std::vector<Edge2> vBorders) { vUnsortedBorders = std::move(vBorders); }
     /// Walks along them, from the vertex of the highest address. Appends to `vPinch` the vertices that stop the border from
     /// being one ring: all at which it touches itself, or else one of a second ring. The ring is complete without these only.
     void sortBorders(std::vector<Point2*>& vPinch);

@@ -32,6 +32,7 @@
 
 namespace KELMAR_NORVIK2D {
 
+class ConnectedComponent;
 class MeshGenParams;
 class Norvik_2D;
 class OpenEdges;
@@ -392,8 +393,11 @@ private:
 
     // Dt2_import.cpp
     Zone2* importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox, ProgressPhase& phase);
-    bool makeBorderConstraints(const std::vector<Triangle2*>& vGivenT,
+    bool makeBorderConstraints(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
                                std::vector<ConstraintGraph2*>& vGraphs, std::vector<Segment2>& vBorder);
+    bool isOneRing(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH, ConnectedComponent& all);
+    bool makeGraphOfRing(const ConnectedComponent& component, std::vector<ConstraintGraph2*>& vGraphs,
+                         std::vector<Segment2>& vBorder);
     bool closeWithOuterTriangles(const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
                                  std::vector<Point2*>& vBoxVertices);
     void linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH);

@@ -3,6 +3,8 @@
 #include <tuple>
 #include <utility>
 
+#include "BoxCollector.h"
+#include "ConnectedComponent.h"
 #include "Dt2.h"
 #include "Norvik_2D.h"
 #include "Partitioner.h"
@@ -10,7 +12,6 @@
 #include "Visualizer2.h"
 #include "diagnostics.h"
 #include "distance.h"
-#include "geometryTools.h"
 #include "importTables.h"
 #include "standardOutput.h"
 
@@ -23,11 +24,6 @@ namespace KELMAR_NORVIK2D {
 namespace {
 
 constexpr const char* hint = "\nYou may want to use the postscript visualization file to debug the data\n";
-
-/// The border of a component as segments too.
-void appendSegments(const std::vector<Edge2*>& vEdges, std::vector<Segment2>& out) {
-    for (const Edge2* pEdge : vEdges) out.emplace_back(*pEdge->getSrc(), *pEdge->getTrg());
-}
 
 /// The failure to close all open edges.
 class OpenEdgeReport {
@@ -107,7 +103,7 @@ Zone2* Dt2::importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bK
 
     std::vector<ConstraintGraph2*> vGraphs;
     std::vector<Segment2> vBorder;
-    if (!makeBorderConstraints(vGivenT, vGraphs, vBorder)) return nullptr;
+    if (!makeBorderConstraints(vGivenT, mKeyMCH, vGraphs, vBorder)) return nullptr;
     Zone2* const pZone = createZone(vGraphs, ZL_INSIDE);
     std::vector<Point2*> vBoxVertices;
     if (!closeWithOuterTriangles(vBorder, mPoints, mKeyMCH, vBoxVertices)) return nullptr;
@@ -133,12 +129,13 @@ bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints) const {
         error(source, "3 points per triangle please!");
         return false;
     }
-    if (!std::all_of(vPoints.begin(), vPoints.end(), isFinite)) {
+    const BoxCollector collector = collectBox(vPoints);
+    if (!collector.areFinite()) {
         error(source, "non-finite coordinates, nothing done");
         return false;
     }
     // There is a box around them, too, which gets vertices.
-    Bbox2 outerBox = KELMAR_NORVIK2D::getBox(vPoints);
+    Bbox2 outerBox = collector.getBox();
     outerBox.doubleTheBox();
     if (isFinite({outerBox.getMinX(), outerBox.getMinY()}) &&
         isFinite({outerBox.getMaxX(), outerBox.getMaxY()}))
@@ -154,7 +151,7 @@ void Dt2::CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, PointMap&
         if (i + ahead < vPoints.size()) mPoints.prefetch(vPoints[i + ahead]);
         mPoints.addCorner(vPoints[i]);
     }
-    takeIntoBox(KELMAR_NORVIK2D::getBox(mPoints.getPoints()));
+    takeIntoBox(collectBox(mPoints.getPoints()).getBox());
     std::size_t startIndex = 0;
     vertexVault.iReset_vector(mPoints.getPoints(), &mPoints.getVertices(), startIndex);
 }
@@ -178,14 +175,20 @@ bool Dt2::CAT_reorient(std::vector<Point2>& vPoints, PointMap& mPoints) {
 
 bool Dt2::CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges& mKeyMCH,
                                              std::vector<Triangle2*>& vGivenT, ProgressPhase& phase) {
-    constexpr std::size_t stretch = 1024;
-    vGivenT.reserve(mPoints.numCorners() / 3);
-    for (std::size_t i = 0; i < mPoints.numCorners(); i += 3) {
-        Point2* const a = mPoints.vertexOfCorner(i);
-        Point2* const b = mPoints.vertexOfCorner(i + 1);
-        Point2* const c = mPoints.vertexOfCorner(i + 2);
+    constexpr std::size_t stretch = 1024, ahead = 8;
+    const std::size_t numTriangles = mPoints.numCorners() / 3;
+    vGivenT.reserve(numTriangles);
+    for (std::size_t i = 0; i < numTriangles; ++i) {
+        if (i + ahead < numTriangles) {
+            const auto [p, q, r] = mPoints.verticesOf(i + ahead);
+            for (Point2* pVtx : {p, q, r}) __builtin_prefetch(pVtx, 1);
+            mKeyMCH.prefetch(q, r);
+            mKeyMCH.prefetch(r, p);
+            mKeyMCH.prefetch(p, q);
+        }
+        const auto [a, b, c] = mPoints.verticesOf(i);
         if (a == b || b == c || c == a) {
-            error("Dt2::CAT_importTriangles()", compose("two equal corners, triangle no. ", i / 3));
+            error("Dt2::CAT_importTriangles()", compose("two equal corners, triangle no. ", i));
             return false;
         }
         Triangle2* const pT = createTriangle(a, b, c);
@@ -203,22 +206,44 @@ void Dt2::linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH) {
 }
 
 /// Makes a graph of each border ring, and appends all borders as segments too.
-bool Dt2::makeBorderConstraints(const std::vector<Triangle2*>& vGivenT,
+bool Dt2::makeBorderConstraints(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
                                 std::vector<ConstraintGraph2*>& vGraphs, std::vector<Segment2>& vBorder) {
+    ConnectedComponent all({});
+    if (isOneRing(vGivenT, mKeyMCH, all)) return makeGraphOfRing(all, vGraphs, vBorder);
     const Partitioner partitioner(vGivenT);
+    for (std::size_t i = 0; i < partitioner.numberOfCCs(); ++i)
+        if (!makeGraphOfRing(*partitioner.getCC(i), vGraphs, vBorder)) return false;
+    return true;
+}
+
+/// Whether all triangles are one component with one border ring, which is told without looking at them one by one: a component
+/// without border would need triangles of both directions, and each other one has rings of its own.
+bool Dt2::isOneRing(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
+                    ConnectedComponent& all) {
+    if (mKeyMCH.haveLostEdges()) return false;
+    std::vector<Edge2> vBorder;
+    for (const CAT_MeshConnectionHelper& open : mKeyMCH.getSorted()) vBorder.emplace_back(open.pT, open.edge);
+    all.setUnsortedBorders(std::move(vBorder));
+    std::vector<Point2*> vPinch;
+    all.sortBorders(vPinch);
+    return vPinch.empty() && std::all_of(vGivenT.begin(), vGivenT.end(), [&](const Triangle2* pT) {
+               return predicates.getOrientation2(corner(pT, 0), corner(pT, 1), corner(pT, 2)) ==
+                      ORIENTATION2_CCW;
+           });
+}
+
+bool Dt2::makeGraphOfRing(const ConnectedComponent& component, std::vector<ConstraintGraph2*>& vGraphs,
+                          std::vector<Segment2>& vBorder) {
     std::vector<Edge2*> vRing;
-    for (std::size_t i = 0; i < partitioner.numberOfCCs(); ++i) {
-        partitioner.getCC(i)->getSortedBorders(vRing);
-        ConstraintGraph2* const pGraph =
-            constraintMgr.createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);
-        // Triangles without any border lie on both sides of each other.
-        if (pGraph == nullptr || !pGraph->isPolygon()) {
-            error("CAT_importTriangles()", "BUG: Not a simple polygon! Returning NULL");
-            return false;
-        }
-        vGraphs.push_back(pGraph);
-        appendSegments(vRing, vBorder);
+    component.getSortedBorders(vRing);
+    ConstraintGraph2* const pGraph = constraintMgr.createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);
+    // Triangles without any border lie on both sides of each other.
+    if (pGraph == nullptr || !pGraph->isPolygon()) {
+        error("CAT_importTriangles()", "BUG: Not a simple polygon! Returning NULL");
+        return false;
     }
+    vGraphs.push_back(pGraph);
+    for (const Edge2* pEdge : vRing) vBorder.emplace_back(*pEdge->getSrc(), *pEdge->getTrg());
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -38,8 +39,11 @@ public:
     const std::vector<Point2>& getPoints() const noexcept { return vUnique; }
     std::vector<Point2*>& getVertices() noexcept { return vVertices; }
 
-    /// The vertex of a corner by its number in the input.
-    Point2* vertexOfCorner(std::size_t corner) const { return vVertices[vCorners[corner]]; }
+    /// The vertices of a given triangle.
+    std::array<Point2*, 3> verticesOf(std::size_t triangle) const {
+        const std::uint32_t* const pCorners = &vCorners[3 * triangle];
+        return {vVertices[pCorners[0]], vVertices[pCorners[1]], vVertices[pCorners[2]]};
+    }
     void swapCorners(std::size_t corner0, std::size_t corner1) {
         std::swap(vCorners[corner0], vCorners[corner1]);
     }
@@ -102,7 +106,8 @@ struct CAT_MeshConnectionHelper {
 class OpenEdges {
 public:
     std::size_t size() const noexcept { return mEdges.size(); }
-    void reserve(std::size_t n) { mEdges.reserve(n); }
+    /// Whether there are edges without a neighbour that aren't among the open ones.
+    bool haveLostEdges() const noexcept { return bLostEdges; }
 
     bool contains(Point2* src, Point2* trg) const noexcept { return mEdges.contains(Ends{src, trg}); }
 
@@ -118,7 +123,14 @@ public:
             return;
         }
         const auto [pEntry, bNew] = mEdges.insert(Ends{src, trg});
-        if (bNew) *pEntry = {src, trg, pT, edge};
+        if (bNew)
+            *pEntry = {src, trg, pT, edge};
+        else
+            bLostEdges = true;
+    }
+    /// Asks for the memory that an edge between these vertices will need.
+    [[gnu::always_inline]] void prefetch(Point2* src, Point2* trg) const noexcept {
+        mEdges.prefetch(Ends{src, trg});
     }
 
     /// Ordered by the addresses of the ends.
@@ -143,6 +155,7 @@ private:
     };
 
     FlatTable<CAT_MeshConnectionHelper, EndsHash, EndsOf> mEdges;
+    bool bLostEdges = false;
 };
 
 }  // namespace KELMAR_NORVIK2D
