@@ -145,7 +145,7 @@ bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints) const {
 }
 
 void Dt2::CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, PointMap& mPoints) {
-    constexpr std::size_t ahead = 8;
+    constexpr std::size_t ahead = 16;
     mPoints.reserveCorners(vPoints.size());
     for (std::size_t i = 0; i < vPoints.size(); ++i) {
         if (i + ahead < vPoints.size()) mPoints.prefetch(vPoints[i + ahead]);

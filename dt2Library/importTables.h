@@ -149,8 +149,11 @@ private:
     /// The same for both directions: the search for the counterpart then brings the place for the edge itself.
     struct EndsHash {
         std::size_t operator()(const Ends& ends) const noexcept {
-            const bool bForward = ByAddress{}(ends.src, ends.trg);
-            return AddressHash{}(bForward ? ends.src : ends.trg, bForward ? ends.trg : ends.src);
+            constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U;
+            const auto a = reinterpret_cast<std::uintptr_t>(ends.src);
+            const auto b = reinterpret_cast<std::uintptr_t>(ends.trg);
+            const std::uint64_t mixed = ((a ^ b) * odd ^ (a + b)) * odd;
+            return mixed ^ mixed >> 32;
         }
     };
 
