@@ -52,6 +52,8 @@ void Dt2::CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithCo
         warning("Dt2::CUTT_cutTriangles(..)", "non-finite coordinates, nothing done");
         return;
     }
+    // Two steps for each knife: what it meets, and its chain.
+    ProgressPhase phase(progress, "cutTriangles", 2 * vSegments.size());
     applyConstraintsAndZones();
     std::vector<CUTT_KnifeStruct> vKnives;
     for (const Segment2& segment : vSegments)
@@ -59,10 +61,14 @@ void Dt2::CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithCo
             vKnives.push_back({segment.getSrc(), segment.getTrg(), {}, {}});
     if (vKnives.empty()) {
         warning("Dt2::CUTT_cutTriangles(..)", "No or only degenerate segments, nothing to do");
+        phase.finish();
         return;
     }
     CUTT_IntersectedEdges mIntersectedEdges;
-    for (CUTT_KnifeStruct& knife : vKnives) CUTT_getIntersections(knife, mIntersectedEdges);
+    for (CUTT_KnifeStruct& knife : vKnives) {
+        CUTT_getIntersections(knife, mIntersectedEdges);
+        phase.advance(1);
+    }
 
     std::optional<FlagScope> frozen;
     if (bWithConstraints) {
@@ -95,8 +101,10 @@ void Dt2::CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bWithCo
         require(vSorted.size() > 1, "vSortedPoints.size()>1");
         for (std::size_t i = 0; i + 1 < vSorted.size(); ++i)
             appendAlivePieces(vSorted[i], vSorted[i + 1], vPieces);
+        phase.advance(1);
     }
     applyConstraintsAndZones();
+    phase.finish();
 }
 
 /// Other knives may have divided the record since it was made.
