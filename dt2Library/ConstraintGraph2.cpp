@@ -312,6 +312,7 @@ void ConstraintGraph2::updateSplittedConstraintSegment(ConstraintSegment2* pPare
     require(!pParent->isAlive(), "!pParentCSeg->isAlive()");
     require(dbg_hasDirection(pParent), "q_it!=mCSegReverse.end()");
     setDirectionsRecursive({pParent});
+    pAncestry.reset();
     ConstraintSegment2 *pChild0, *pChild1;
     Point2* pSplit = nullptr;
     pParent->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
@@ -394,6 +395,62 @@ void ConstraintGraph2::getOriginalConstraintSegments(Segments& out) const {
     std::sort(out.begin(), out.end(), ByAddress{});
     out.erase(std::unique(out.begin(), out.end()), out.end());
     if (out.size() == vCSegParents.size()) out = vCSegParents;
+}
+
+/// The records of a graph by their children.
+struct ConstraintGraph2::Ancestry {
+    explicit Ancestry(const Segments& vOriginals_) : vOriginals(vOriginals_) {
+        oneInstance(vOriginals);
+        Segments vOpen = vOriginals;
+        AddressSet<ConstraintSegment2> sSeen(vOpen);
+        while (!vOpen.empty()) {
+            ConstraintSegment2* const pParent = vOpen.back();
+            vOpen.pop_back();
+            if (!pParent->isSplit()) continue;
+            for (ConstraintSegment2* pChild : pParent->vChildren) {
+                vChildAndParent.emplace_back(pChild, pParent);
+                if (sSeen.insert(pChild)) vOpen.push_back(pChild);
+            }
+        }
+        std::sort(vChildAndParent.begin(), vChildAndParent.end());
+    }
+
+    bool isOriginal(ConstraintSegment2* pSegment) const {
+        return std::binary_search(vOriginals.begin(), vOriginals.end(), pSegment, ByAddress{});
+    }
+    template <class Visit>
+    void visitParents(ConstraintSegment2* pChild, Visit visit) const {
+        const auto isBelow = [](const auto& pair, const ConstraintSegment2* p) {
+            return ByAddress{}(pair.first, p);
+        };
+        auto it = std::lower_bound(vChildAndParent.begin(), vChildAndParent.end(), pChild, isBelow);
+        for (; it != vChildAndParent.end() && it->first == pChild; ++it) visit(it->second);
+    }
+
+    Segments vOriginals;
+    std::vector<std::pair<ConstraintSegment2*, ConstraintSegment2*>> vChildAndParent;
+};
+
+ConstraintGraph2::~ConstraintGraph2() = default;
+
+void ConstraintGraph2::getOriginalSegments(ConstraintSegment2* pPiece, Segments& out) const {
+    if (pPiece == nullptr) {
+        warning("ConstraintGraph2::getOriginalSegments()", "null pointer given, nothing done");
+        return;
+    }
+    if (pAncestry == nullptr) pAncestry = std::make_unique<Ancestry>(vCSegParents);
+    Segments vFound, vOpen = {pPiece};
+    AddressSet<ConstraintSegment2> sSeen(vOpen);
+    while (!vOpen.empty()) {
+        ConstraintSegment2* const pSegment = vOpen.back();
+        vOpen.pop_back();
+        if (pAncestry->isOriginal(pSegment)) vFound.push_back(pSegment);
+        pAncestry->visitParents(pSegment, [&](ConstraintSegment2* pParent) {
+            if (sSeen.insert(pParent)) vOpen.push_back(pParent);
+        });
+    }
+    std::sort(vFound.begin(), vFound.end(), ByAddress{});
+    out.insert(out.end(), vFound.begin(), vFound.end());
 }
 
 void ConstraintGraph2::getChildConstraintSegments(Segments& out) const {

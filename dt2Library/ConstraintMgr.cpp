@@ -262,6 +262,7 @@ bool ConstraintMgr::applyOnce(const Segments& vCurrent, Segments& vNext) {
     Progress& progress = pDt->getProgress();
     bool bChanged = false;
     for (std::size_t i = 0; i < vCurrent.size(); ++i) {
+        if (pDt->getCancelSwitch().shouldStop()) return false;
         ConstraintSegment2* const pSegment = vCurrent[i];
         prefetchAhead(vCurrent, i);
         progress.incProgress(1);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Bbox2.h"
+#include "CancelSwitch.h"
 #include "ConstraintMgr.h"
 #include "Edge2.h"
 #include "HC2.h"
@@ -33,6 +34,7 @@
 namespace KELMAR_NORVIK2D {
 
 class ConnectedComponent;
+struct MeshArrays;
 class MeshGenParams;
 class Norvik_2D;
 class OpenEdges;
@@ -75,6 +77,7 @@ public:
 
     VertexVault& getVertexVault() noexcept { return vertexVault; }
     Progress& getProgress() noexcept { return progress; }
+    CancelSwitch& getCancelSwitch() noexcept { return cancelSwitch; }
     KelmarTest* getPredicates() noexcept { return &predicates; }
     /// Law 3 for a point that isn't in the mesh: to be called before predicates are asked of it.
     void coverByPredicates(const Point2& point);
@@ -187,6 +190,8 @@ public:
     /// The triangle that contains the point, its edges included; null outside the hull, before there are
     /// triangles, and (with a warning) for a point that isn't finite.
     Triangle2* locate(const Point2& point);
+    /// The same for many points: `out` is replaced. One warning for all points that aren't finite.
+    void locate(const std::vector<Point2>& points, std::vector<Triangle2*>& out);
     Bbox2 computeBoundingBox() const { return vertexVault.computeBoundingBox(); }
     /// Replaces `out` by the hull vertices, counterclockwise from the one of least x (of least y among
     /// these), with or without those on straight stretches.
@@ -346,7 +351,17 @@ public:
     /// The triangles of a zone, or of the whole mesh for null, as a Wavefront OBJ file.
     void writeObj(const std::string& fileName, const Zone2* pZone) const;
 
+    // MeshArrays.cpp
+
+    /// See Norvik_2D::exportMesh.
+    void exportMesh(MeshArrays& out);
+    void exportMesh(const Zone2* pZone, MeshArrays& out);
+
 private:
+    // MeshArrays.cpp
+    void exportTriangles(const std::vector<Triangle2*>& vTriangles, const std::vector<Point2*>& vVertices,
+                         MeshArrays& out);
+
     // Dt2.cpp
     /// A record whose fields are still to be written.
     Triangle2* takeTriangle() {
@@ -454,6 +469,7 @@ private:
     bool bNoFlips = false;          ///< knife cutting keeps the mesh in shape
     bool bMayLackDelaunay = false;  ///< see law 1
     Progress progress;
+    CancelSwitch cancelSwitch;
     ConstraintMgr constraintMgr{this};
     InnerVtxMgr innerVtxMgr;
     std::unique_ptr<RefinementQueue> pRefinementQueue;  ///< exists while refinement runs

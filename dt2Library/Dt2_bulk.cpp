@@ -119,8 +119,13 @@ void Dt2::triangulateNew(std::size_t numPoints, std::size_t numPreExistingVtx, b
         triangulateGate(items, numPreExistingVtx, items.size(),
                         vertexVault.getCloseTriangle(items[numPreExistingVtx]->nic));
     }
+    if (cancelSwitch.isCutShort()) vertexVault.dropWaitingItems(numPreExistingVtx);
     vertexVault.treatDupsAndHandles(pHandles);
     require(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
+    if (cancelSwitch.isCutShort() && pHandles != nullptr)
+        std::replace_if(
+            pHandles->begin(), pHandles->end(),
+            [](const Point2* pVtx) { return pVtx->getIncidentTriangle() == nullptr; }, nullptr);
     vertexVault.sortIV(SORT_IF_NEEDED);
     progress.finish();
 }
@@ -139,13 +144,19 @@ bool Dt2::createFullDimTriangle(std::size_t numPreExistingVtx) {
 void Dt2::triangulateOldThenNew(std::size_t numPreExistingVtx, Triangle2* pStartT) {
     const ItemSpan items = vertexVault.getItems();
     require(numPreExistingVtx <= items.size(), "numPreExistingVtx<=(size_t)distance(startIt,stopIt)");
-    if (numPreExistingVtx > 0) triangulateGate(items, 0, numPreExistingVtx, pStartT);
+    if (numPreExistingVtx > 0) {
+        // These were in before: whoever cancels the insertion of others doesn't mean them.
+        const CancelSwitch::Pause pause(cancelSwitch);
+        triangulateGate(items, 0, numPreExistingVtx, pStartT);
+    }
     if (numPreExistingVtx < items.size()) triangulateGate(items, numPreExistingVtx, items.size(), pStartT);
 }
 
 /// Many items go to several threads, where a fake box stands around all of them.
 void Dt2::triangulateGate(ItemSpan items, std::size_t first, std::size_t last, Triangle2* pStartT) {
     if (numCPU >= 2 && last - first >= InserterMT::leastItems && vertexVault.hasFakeBox()) {
+        // Nobody could tell what its threads have left undone.
+        const CancelSwitch::Pause pause(cancelSwitch);
         InserterMT(this).go(items.subspan(first, last - first));
     } else {
         triangulateRec(items, first, last, pStartT);
@@ -161,6 +172,7 @@ void Dt2::triangulateRec(ItemSpan items, std::size_t first, std::size_t last, Tr
 /// Then it is cheaper to look for a closer start among the vertices that are in already.
 Triangle2* Dt2::insertItem(ItemSpan items, std::size_t index, Triangle2* pStartT) {
     constexpr int maxSteps = 64;
+    if (cancelSwitch.shouldStop()) return pStartT;
     Point2*& pVtx = items[index]->pVtx;
     int edge = -1;
     Triangle2* pT = pStartT;

@@ -91,6 +91,8 @@ void Dt2::refineMain3(MeshGenParams* pParams) {
     {
         const MuteScope muted(progress);
         applyConstraintsAndZones();
+        if (cancelSwitch.shouldStop()) return;
+        const CancelSwitch::Pause pause(cancelSwitch);
         if (wantsGrid(*pParams)) preMeshing(pParams);
     }
     require(pRefinementQueue == nullptr, "pmmAng2RC==__null");
@@ -99,7 +101,7 @@ void Dt2::refineMain3(MeshGenParams* pParams) {
     numRefinementVertices = 0;
     bPrecisionLimitReached = false;
     for (int numPasses = 0; numPasses < mostPasses && refineOnce(pParams); ++numPasses)
-        if (isRefinementExhausted()) break;
+        if (isRefinementExhausted() || cancelSwitch.shouldStop()) break;
     pRefinementQueue.reset();
     progress.finish();
 }
@@ -112,7 +114,7 @@ bool Dt2::refineOnce(MeshGenParams* pParams) {
     progress.incProgress(numTriangles - pRefinementQueue->size());
     bool bChanged = false;
     std::uint64_t numServed = 0;
-    while (!pRefinementQueue->empty() && !isRefinementExhausted()) {
+    while (!pRefinementQueue->empty() && !isRefinementExhausted() && !cancelSwitch.shouldStop()) {
         const WaitingTriangle first = pRefinementQueue->pop();
         // Nobody knows how many will be served: listeners hear of every hundredth part of what has been.
         progress.setStep(1 + numServed++ / 100);

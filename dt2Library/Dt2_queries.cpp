@@ -7,6 +7,7 @@
 #include "diagnostics.h"
 #include "distance.h"
 #include "require.h"
+#include "tasks.h"
 #include "walk.h"
 
 namespace KELMAR_NORVIK2D {
@@ -104,6 +105,24 @@ Triangle2* Dt2::locate(const Point2& point) {
     pLastLocated = pT;
     if (code == LOCATE_INSIDE || code == LOCATE_DUPLICATE) return pT;
     return sees(&point, {pT, code}) ? nullptr : pT;
+}
+
+/// In the order of the curve, where each point is close to the one before.
+void Dt2::locate(const std::vector<Point2>& points, std::vector<Triangle2*>& out) {
+    out.assign(points.size(), nullptr);
+    std::vector<KeyIndex> vPairs;
+    vPairs.reserve(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i)
+        if (isFinite(points[i])) vPairs.emplace_back(hc.iReset(points[i]), static_cast<std::uint32_t>(i));
+    if (vPairs.size() < points.size()) warning("Dt2::locate()", "non-finite coordinates, these are nowhere");
+    if (!is2D()) return;
+    std::vector<KeyIndex> vScratch(vPairs.size());
+    SortTask2{vPairs, vScratch, &points}.go();
+    for (std::size_t rank = 0; rank < vPairs.size(); ++rank) {
+        prefetchAhead(vPairs, rank, points);
+        const std::uint32_t index = vPairs[rank].second;
+        out[index] = locate(points[index]);
+    }
 }
 
 bool Dt2::isCollinear(const Triangle2* pT) {

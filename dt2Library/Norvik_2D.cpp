@@ -32,16 +32,19 @@ Point2* Norvik_2D::insert(const Point2& point) {
 
 void Norvik_2D::insert(const std::vector<Point2>& points) {
     RoundToNearest nearest;
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->insertVector(points, nullptr);
 }
 
 void Norvik_2D::insert(const std::vector<Point2>& points, std::vector<Point2*>& handles) {
     RoundToNearest nearest;
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->insertVector(points, &handles);
 }
 
 void Norvik_2D::insert(int numPoints, double* coordinates, Point2** handles) {
     RoundToNearest nearest;
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->insert(numPoints, coordinates, handles);
 }
 
@@ -67,6 +70,7 @@ void Norvik_2D::applyConstraintsAndZones() {
                 "The triangulation is not 2D yet, can't apply the constraints");
         return;
     }
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->applyConstraintsAndZones();
 }
 
@@ -149,11 +153,13 @@ void Norvik_2D::refine(Zone2* pZone, double minAngleDegree, double minEdgeLength
         printToStandardError("\nWarning: Norvik_2D::refine(..), minAngleDegree can't be >30\n\n");
         return;
     }
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->refineClassic(pZone, minAngleDegree, minEdgeLength, maxEdgeLength, bAllowConstraintSplitting);
 }
 
 void Norvik_2D::refineAdvanced(MeshGenParams* pParameters) {
     RoundToNearest nearest;
+    const CancelSwitch::Scope cancellable(pImpl->getCancelSwitch());
     pImpl->refineAdvanced(pParameters);
 }
 
@@ -181,6 +187,11 @@ void Norvik_2D::cutTriangles(const Point2& p0, const Point2& p1, bool bWithConst
 Triangle2* Norvik_2D::locate(const Point2& point) {
     RoundToNearest nearest;
     return pImpl->locate(point);
+}
+
+void Norvik_2D::locate(const std::vector<Point2>& points, std::vector<Triangle2*>& out) {
+    RoundToNearest nearest;
+    pImpl->locate(points, out);
 }
 
 Triangle2* Norvik_2D::getAdjacentTriangle(Point2* p0, Point2* p1) {
@@ -242,6 +253,12 @@ void Norvik_2D::writeObj(const std::string& fileName, Zone2* pZone) {
     RoundToNearest nearest;
     pImpl->writeObj(fileName, pZone);
 }
+
+void Norvik_2D::exportMesh(MeshArrays& out) { pImpl->exportMesh(out); }
+void Norvik_2D::exportMesh(Zone2* pZone, MeshArrays& out) { pImpl->exportMesh(pZone, out); }
+
+void Norvik_2D::requestCancel() { pImpl->getCancelSwitch().request(); }
+bool Norvik_2D::wasCancelled() const { return pImpl->getCancelSwitch().wasCancelled(); }
 
 void Norvik_2D::subscribe(MsgType type, MsgBase* pSubscriber) {
     if (pSubscriber == nullptr) {

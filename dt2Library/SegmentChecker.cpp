@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "AddressSet.h"
+#include "CancelSwitch.h"
 #include "FlatTable.h"
 #include "KelmarTest.h"
 #include "Progress.h"
@@ -164,6 +165,7 @@ struct SegmentCheckerData {
     FlatTable<SegmentPlace, AddressHash, SegmentOf> mIndices;
     std::size_t numIndexed = 0;  ///< the segments that mIndices knows: it is filled when somebody asks
     std::unique_ptr<Progress> pProgress;
+    CancelSwitch cancelSwitch;
     std::vector<Item*> vFound;  ///< by the last search
 
     SegmentCheckerData() { vFound.reserve(1000); }
@@ -336,7 +338,9 @@ void SegmentChecker::getIllegalSegments(bool bAlsoEndPointIntersections, std::ve
     const auto insert = [&](Segment2* pSegment) {
         if (sIllegal.insert(pSegment)) vIllegal.push_back(pSegment);
     };
+    const CancelSwitch::Scope cancellable(pSCD->cancelSwitch);
     pSCD->visitSegments([&](const Searched& segment) {
+        if (pSCD->cancelSwitch.shouldStop()) return;
         if (pProgress != nullptr) pProgress->incProgress(1);
         // The partners of a segment that is known to be illegal see it when it is their turn.
         if (sIllegal.contains(segment.pSegment)) return;
@@ -448,6 +452,9 @@ void SegmentChecker::showIllegalSegments(bool bAlsoEndPointIntersections, const 
     drawIntersections(*this, vIllegal, visualizer);
     visualizer.writeFile();
 }
+
+void SegmentChecker::requestCancel() { pSCD->cancelSwitch.request(); }
+bool SegmentChecker::wasCancelled() const { return pSCD->cancelSwitch.wasCancelled(); }
 
 void SegmentChecker::subscribe(MsgType type, MsgBase* pMsg) {
     if (pSCD->pProgress == nullptr) pSCD->pProgress = std::make_unique<Progress>();

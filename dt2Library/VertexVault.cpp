@@ -474,6 +474,16 @@ Point2* VertexVault::treatOneDupGetHandle(const Point2* pDup) {
     return pUnique;
 }
 
+void VertexVault::dropWaitingItems(std::size_t first) {
+    for (std::size_t i = first; i < vIdxVtxAct.size(); ++i) {
+        IdxVtxAct* const pItem = vIdxVtxAct[i];
+        if (!pItem->bAct || pItem->pVtx->getIncidentTriangle() != nullptr) continue;
+        if (mRedundant2UniqueVtx.count(pItem->pVtx) != 0) continue;
+        ++numRemoved;
+        makeInactive(pItem);
+    }
+}
+
 void VertexVault::treatDupsAndHandles(std::vector<Point2*>* pHandles) {
     if (!bFullDimensional) findDuplicatesByCoordinates();
     if (dupIsClean()) return;

@@ -106,6 +106,9 @@ public:
     bool dupIsClean() const noexcept { return mRedundant2UniqueVtx.empty(); }
     /// Settles the duplicate that a single insertion has just made, and returns the vertex that survives.
     Point2* treatOneDupGetHandle(const Point2* pDup);
+    /// Makes items from `first` on inactive whose vertices have neither a triangle nor lost against another one: their insertion
+    /// was cancelled.
+    void dropWaitingItems(std::size_t first);
     /// Settles the duplicates of a bulk insertion; handles of losers are redirected.
     void treatDupsAndHandles(std::vector<Point2*>* pHandles);
 

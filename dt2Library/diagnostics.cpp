@@ -7,10 +7,12 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "NorvikException.h"
 #include "require.h"
@@ -82,17 +84,52 @@ std::string_view pathInRepository(std::string_view path) {
 
 }  // namespace
 
-void print(std::string_view text) {
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    std::cout << text << std::flush;
+namespace {
+
+/// Where messages go. Recursive, because a handler may cause further ones.
+struct MessageOutput {
+    std::recursive_mutex mutex;
+    std::shared_ptr<const MessageHandler> pHandler;
+
+    static MessageOutput& get() {
+        static MessageOutput instance;
+        return instance;
+    }
+};
+
+/// A text in one piece: to the handler, or to the stream as it looks there.
+void send(MessageKind kind, const std::string& source, std::string_view text, std::ostream& os,
+          std::string_view textForStream) {
+    MessageOutput& output = MessageOutput::get();
+    const std::lock_guard lock(output.mutex);
+    // Kept alive, should it install another one.
+    if (const auto pHandler = output.pHandler)
+        (*pHandler)(kind, source, std::string(text));
+    else
+        os << textForStream << std::flush;
 }
 
-void printToStandardError(std::string_view text) {
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    std::cerr << text << std::flush;
+void sendFramed(MessageKind kind, const std::string& source, const std::string& text,
+                const std::string& textForStream) {
+    send(kind, source, text, std::cout, textForStream);
 }
+
+}  // namespace
+
+MessageHandler setMessageHandler(MessageHandler handler) {
+    MessageOutput& output = MessageOutput::get();
+    const std::lock_guard lock(output.mutex);
+    const auto pBefore = std::exchange(
+        output.pHandler, handler ? std::make_shared<const MessageHandler>(std::move(handler)) : nullptr);
+    return pBefore == nullptr ? MessageHandler() : *pBefore;
+}
+
+MessageHandler silentMessageHandler() {
+    return [](MessageKind, const std::string&, const std::string&) {};
+}
+
+void print(std::string_view text) { send(MK_PLAIN, "", text, std::cout, text); }
+void printToStandardError(std::string_view text) { send(MK_PLAIN, "", text, std::cerr, text); }
 
 // The message, then the place on a line of its own, then the exception: users and their scripts rely on this
 // order.
@@ -103,18 +140,20 @@ void conditionFailed(const char* condition, const char* file, int line) {
 }
 
 void warning(const std::string& source, const std::string& text) {
-    print(compose("\n", yellow, libraryMark, source, ", WARNING: ", text, uncoloured, "\n\n"));
+    sendFramed(MK_WARNING, source, text,
+               compose("\n", yellow, libraryMark, source, ", WARNING: ", text, uncoloured, "\n\n"));
 }
 
 void error(const std::string& source, const std::string& text) {
-    print(compose("\n", red, libraryMark, source, ", ERROR: ", text, uncoloured, "\n\n"));
+    sendFramed(MK_ERROR, source, text,
+               compose("\n", red, libraryMark, source, ", ERROR: ", text, uncoloured, "\n\n"));
 }
 
 void info(const std::string& source, const std::string& text) {
-    if (source.empty())
-        print(compose("\n", libraryMark, "INFO: ", text, "\n\n"));
-    else
-        print(compose("\n", magenta, "      ", source, ", INFO: ", text, uncoloured, "\n\n"));
+    sendFramed(MK_INFO, source, text,
+               source.empty()
+                   ? compose("\n", libraryMark, "INFO: ", text, "\n\n")
+                   : compose("\n", magenta, "      ", source, ", INFO: ", text, uncoloured, "\n\n"));
 }
 
 void goToHell(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,7 @@ public:
     /// From segments whose direction counts.
     ConstraintGraph2(Dt2* pDt_, std::vector<ConstraintSegment2*>& parents, const PairReverse& mPPReverse,
                      ConstraintInsertionStrategy cis_);
+    ~ConstraintGraph2();
     ConstraintGraph2(const ConstraintGraph2&) = delete;
     ConstraintGraph2& operator=(const ConstraintGraph2&) = delete;
 
@@ -62,6 +64,9 @@ public:
     /// Replaces `out` by the segments as they were given (a polygon's in the order of the ring). If one was given
     /// repeatedly, each comes once, ordered by address.
     void getOriginalConstraintSegments(std::vector<ConstraintSegment2*>& out) const;
+    /// Appends the segments as they were given of which the record is a piece, ordered by address; the record itself if it was
+    /// given. Nothing for a record that isn't of this graph; a null pointer gives a warning.
+    void getOriginalSegments(ConstraintSegment2* pPiece, std::vector<ConstraintSegment2*>& out) const;
     /// Appends the alive pieces, and orders all that `out` holds then by address, each once.
     void getChildConstraintSegments(std::vector<ConstraintSegment2*>& out) const;
 
@@ -90,6 +95,9 @@ private:
     Dt2* pDt;
     ConstraintInsertionStrategy cis;
     Segments vCSegParents;
+    /// Who was divided into whom, as getOriginalSegments() wants it: made when it is asked, dropped at the next division.
+    struct Ancestry;
+    mutable std::unique_ptr<Ancestry> pAncestry;
     bool bIsPolygon = false;
     bool bIsOriented = false;
 };

@@ -11,6 +11,7 @@
 #include "ConstraintSegment2.h"
 #include "Edge2.h"
 #include "Label.h"
+#include "MeshArrays.h"
 #include "MeshGenParams.h"
 #include "MsgBase.h"
 #include "NorvikException.h"
@@ -228,6 +229,10 @@ public:
     /// aren't finite.
     Triangle2* locate(const Point2& point);
 
+    /// The same for many points, much faster than one at a time in any order: `out` is replaced, and triangle i contains point
+    /// i or is null. One warning if some aren't finite.
+    void locate(const std::vector<Point2>& points, std::vector<Triangle2*>& out);
+
     /// The triangle that has the edge from p0 to p1 in its counterclockwise direction, or null. Null or equal
     /// arguments, and a p0 without triangles, end in a NorvikException.
     Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1);
@@ -286,6 +291,24 @@ public:
     /// file, if there are no triangles.
     void writeObj(const std::string& fileName);
     void writeObj(const std::string& fileName, Zone2* pZone);
+
+    /// Replaces the arrays by the whole mesh: the points in the order of getVertexPointers(), the triangles in that of
+    /// getTrianglePointers(). If there are no triangles: a warning, and the arrays are empty.
+    void exportMesh(MeshArrays& out);
+    /// The same of a zone: its triangles in the same order, their corners in the order in which triangles mention them first. For
+    /// null and a zone of another triangulation: a warning, and the arrays are empty.
+    void exportMesh(Zone2* pZone, MeshArrays& out);
+
+    // Control of long operations
+
+    /// Asks the operation that is running to end at its next step; from any thread, also from within MsgBase::update(). The
+    /// insertion of many points by one thread, applyConstraintsAndZones(), refine() and refineAdvanced() heed it; refinement
+    /// not while it lays out a grid. Points that aren't in yet are given up then, and their handles are null; constraint pieces
+    /// that aren't edges yet stay waiting; a mesh is left as far as it is refined. All else is as if the operation had come to its
+    /// end, progress messages included. Where nothing is running nothing happens.
+    void requestCancel();
+    /// Whether the last of these operations was cut short.
+    bool wasCancelled() const;
 
     /// The subscriber hears of the progress of long operations, from 0.0 to 1.0. It isn't owned, and must
     /// stay alive until it is unsubscribed or the triangulation destroyed.

@@ -97,6 +97,12 @@ public:
     void subscribe(MsgType type, MsgBase* pMsg);
     void unsubscribe(MsgType type, MsgBase* pMsg);
 
+    /// Asks getIllegalSegments(), if it is running, to end at its next step with what it has found; from any thread, also from
+    /// within MsgBase::update().
+    void requestCancel();
+    /// Whether the last getIllegalSegments() was cut short.
+    bool wasCancelled() const;
+
 private:
     std::unique_ptr<SegmentCheckerData> pSCD;
 };

@@ -11,6 +11,22 @@
 /// Timers, stopwatches and counters are process-wide and unlocked: use them from one thread at a time.
 namespace KELMAR_NORVIK2D {
 
+/// What a message is: a framed one of warning(), error() or info(), or any other text.
+enum MessageKind { MK_PLAIN = 0, MK_INFO = 1, MK_WARNING = 2, MK_ERROR = 3 };
+
+/// Takes a message instead of the standard streams. `source` and `text` of a framed message come bare, without colours and line
+/// ends; a plain one has no source, and its text comes as it would be written.
+using MessageHandler =
+    std::function<void(MessageKind kind, const std::string& source, const std::string& text)>;
+
+/// While a handler is installed the library writes nothing to standard output or standard error: all goes to the handler. An empty
+/// one brings the streams back. Returns the handler that was installed before. It is one for the whole process; it is called by
+/// any thread, but never by two at once, and may itself cause messages or install another handler. What it throws comes out of
+/// the operation that has sent the message, whose object may only be destroyed then.
+NORVIK2D_EXPORT MessageHandler setMessageHandler(MessageHandler handler);
+/// One that drops all messages.
+NORVIK2D_EXPORT MessageHandler silentMessageHandler();
+
 /// A framed message from `source`: yellow for a warning, red for an error, magenta for an information. An
 /// information without a source is uncoloured.
 NORVIK2D_EXPORT void warning(const std::string& source, const std::string& text);
