@@ -82,10 +82,15 @@ void Dt2::exportTriangles(const std::vector<Triangle2*>& vTriangles, const std::
         }
         return place;
     };
+    out.coordinates.reserve(2 * vVertices.size());
+    out.customIndices.reserve(vVertices.size());
     for (const Point2* pVtx : vVertices) placeOf(pVtx);
     std::int64_t numTriangles = 0;
     for (const Triangle2* pT : vTriangles) mTriangles[pT] = numTriangles++;
 
+    out.corners.reserve(3 * vTriangles.size());
+    out.neighbours.reserve(3 * vTriangles.size());
+    out.constraintFlags.reserve(3 * vTriangles.size());
     const bool bConstraints = constraintMgr.hasConstraints();
     for (const Triangle2* pT : vTriangles) {
         for (int i = 0; i < 3; ++i) {
