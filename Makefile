@@ -9,7 +9,7 @@ MAKEFLAGS += --no-print-directory
 CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench stress asan tsan format lint docs install clean
+.PHONY: help demo test bench stress asan tsan format lint exports docs install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -54,6 +54,12 @@ lint: ## check the rules of the tree, and the library with clang-tidy
 	cmake --preset $(PRESET)
 	git ls-files --cached --others --exclude-standard 'dt2Library/*.cpp' 'tools/*.cpp' | \
 	    xargs -P $(JOBS) -n 4 clang-tidy --quiet -p build/$(PRESET)
+
+exports: ## keep what the library exports now as what it has to export from now on, in tests/exports
+	$(DEPENDENCIES) exports
+	cmake --preset dev -DNORVIK2D_BUILD_TESTS=OFF
+	$(BUILD) --preset dev --target norvik2d
+	tests/exports/exports_test.sh renew build/dev/libnorvik2d.so include build/dev/include
 
 docs: ## make the reference, in build/release/docs/html
 	$(DEPENDENCIES) docs

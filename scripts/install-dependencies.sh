@@ -5,6 +5,7 @@
 #   install-dependencies.sh test    and what the tests need
 #   install-dependencies.sh bench   and what the benchmarks need
 #   install-dependencies.sh lint    what the checks of the sources need
+#   install-dependencies.sh exports what `make exports` needs
 #   install-dependencies.sh docs    what the documentation needs
 #   install-dependencies.sh ci      everything
 #
@@ -59,6 +60,12 @@ need_for_lint() {
     need_command clang-tidy clang-tidy
 }
 
+need_for_exports() {
+    need_for_library
+    need_command nm binutils
+    need_command abidw abigail-tools
+}
+
 need_for_docs() {
     need_for_library
     need_command doxygen doxygen
@@ -71,6 +78,7 @@ need_for_ci() {
     need_command ld.lld lld
     need_command llvm-ar llvm
     need_command gs ghostscript
+    wish_command abidw abigail-tools
 }
 
 as_root() {
@@ -97,9 +105,9 @@ update_lists() {
 
 purpose=${1:-}
 case $purpose in
-    demo | test | bench | lint | docs | ci) "need_for_$purpose" ;;
+    demo | test | bench | lint | exports | docs | ci) "need_for_$purpose" ;;
     *)
-        echo "usage: ${0##*/} demo|test|bench|lint|docs|ci" >&2
+        echo "usage: ${0##*/} demo|test|bench|lint|exports|docs|ci" >&2
         exit 2
         ;;
 esac
