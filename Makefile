@@ -2,6 +2,8 @@
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PREFIX ?= /usr/local
+# The build that demo, docs, package and install work with.
+RELEASE ?= release
 
 DEPENDENCIES = scripts/install-dependencies.sh
 BUILD = cmake --build --parallel $(JOBS)
@@ -9,16 +11,16 @@ MAKEFLAGS += --no-print-directory
 CPP_FILES = $(shell git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench stress asan tsan format lint exports docs install clean
+.PHONY: help demo test bench stress asan tsan format lint exports docs package install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
 
 demo: ## triangulate the world's coastlines, draw them, fill the land, and mesh an island, in demo/
 	$(DEPENDENCIES) demo
-	cmake --preset release -DNORVIK2D_BUILD_EXAMPLES=ON
-	$(BUILD) --preset release --target norvik2d_tool norvik2d_example_landAndSea
-	scripts/demo.sh build/release demo
+	cmake --preset $(RELEASE) -DNORVIK2D_BUILD_EXAMPLES=ON
+	$(BUILD) --preset $(RELEASE) --target norvik2d_tool norvik2d_example_landAndSea
+	scripts/demo.sh build/$(RELEASE) demo
 
 test: ## build and run all tests (PRESET=dev)
 	$(DEPENDENCIES) test
@@ -63,14 +65,20 @@ exports: ## keep what the library exports now as what it has to export from now 
 
 docs: ## make the reference, in build/release/docs/html
 	$(DEPENDENCIES) docs
-	cmake --preset release -DNORVIK2D_BUILD_TOOLS=OFF -DNORVIK2D_BUILD_DOCS=ON
-	$(BUILD) --preset release --target norvik2d_docs
+	cmake --preset $(RELEASE) -DNORVIK2D_BUILD_TOOLS=OFF -DNORVIK2D_BUILD_DOCS=ON
+	$(BUILD) --preset $(RELEASE) --target norvik2d_docs
+
+package: ## make Debian packages, in build/packages
+	$(DEPENDENCIES) package
+	cmake --preset $(RELEASE) -DCMAKE_INSTALL_PREFIX=/usr
+	$(BUILD) --preset $(RELEASE)
+	cpack --config build/$(RELEASE)/CPackConfig.cmake -B build/packages
 
 install: ## install the library below PREFIX (/usr/local)
 	$(DEPENDENCIES) demo
-	cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX)
-	$(BUILD) --preset release
-	cmake --install build/release
+	cmake --preset $(RELEASE) -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	$(BUILD) --preset $(RELEASE)
+	cmake --install build/$(RELEASE)
 
 clean: ## remove all builds and the demo's pictures
 	rm -rf build demo

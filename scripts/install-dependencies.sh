@@ -7,6 +7,7 @@
 #   install-dependencies.sh lint    what the checks of the sources need
 #   install-dependencies.sh exports what `make exports` needs
 #   install-dependencies.sh docs    what the documentation needs
+#   install-dependencies.sh package what the making of Debian packages needs
 #   install-dependencies.sh ci      everything
 #
 # Where nothing is missing it does nothing, so it works without a network and on other systems too.
@@ -71,14 +72,23 @@ need_for_docs() {
     need_command doxygen doxygen
 }
 
+need_for_package() {
+    need_for_library
+    need_header CLI/CLI.hpp libcli11-dev
+    need_command dpkg-shlibdeps dpkg-dev
+}
+
 need_for_ci() {
     need_for_lint
     need_for_bench
+    need_for_docs
+    need_for_package
     need_command clang++ clang
     need_command ld.lld lld
     need_command llvm-ar llvm
     need_command gs ghostscript
     wish_command abidw abigail-tools
+    wish_command lintian lintian
 }
 
 as_root() {
@@ -105,9 +115,9 @@ update_lists() {
 
 purpose=${1:-}
 case $purpose in
-    demo | test | bench | lint | exports | docs | ci) "need_for_$purpose" ;;
+    demo | test | bench | lint | exports | docs | package | ci) "need_for_$purpose" ;;
     *)
-        echo "usage: ${0##*/} demo|test|bench|lint|exports|docs|ci" >&2
+        echo "usage: ${0##*/} demo|test|bench|lint|exports|docs|package|ci" >&2
         exit 2
         ;;
 esac
