@@ -4,6 +4,7 @@
 
 namespace KELMAR_NORVIK2D {
 
+/// Colours that have a name.
 enum Colorname {
     COLORNAME_RED = 0,
     COLORNAME_GREEN = 1,
@@ -30,6 +31,7 @@ class NORVIK2D_EXPORT Color {
 public:
     /// Black, width 0.1, no filling.
     Color() noexcept = default;
+    /// The parts of the colour, the width, and whether areas are filled.
     Color(double red_, double green_, double blue_, double width_, bool fill_) noexcept;
     /// A value that is no name gives black and a warning.
     Color(Colorname name, float width_, bool fill_);

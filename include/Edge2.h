@@ -18,6 +18,7 @@ public:
 
     Point2* getSrc() const noexcept { return pTriangle->getCorner((index + 1) % 3); }
     Point2* getTrg() const noexcept { return pTriangle->getCorner((index + 2) % 3); }
+    /// Source and target in one call.
     void getPoints(Point2*& pSrc, Point2*& pTrg) const noexcept;
 
     Triangle2* getTriangle() const noexcept { return pTriangle; }

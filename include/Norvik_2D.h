@@ -249,7 +249,7 @@ public:
     /// Replaces `out` by all vertices, in an order that keeps neighbours close.
     void getVertexPointers(std::vector<Point2*>& out);
 
-    /// Different points in the triangulation; counted afresh.
+    /// Different points in the triangulation, or its triangles; counted afresh.
     std::size_t numberOfPoints() const;
     std::size_t numberOfTriangles() const;
 
@@ -318,7 +318,9 @@ public:
 
     // Reserved for the development of the library
 
+    /// Switches for experiments; programs don't need them.
     void setDev(const std::string& key, int i, double d);
+    /// A door for debugging, which releases keep shut.
     void internal(int i, int j, std::string text);
     Dt2* getImpl();
 

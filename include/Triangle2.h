@@ -47,6 +47,7 @@ public:
     /// Squared length of the edge opposite corner `index`.
     double getSquaredEdgeLength2D(int index) const;
     double getSquaredEdgeLength(int index) const;
+    /// The largest of the three.
     double getMaxSqEdgeLen2D() const;
     /// Index of the longest edge; the lowest index on a tie.
     int getMaxIndex() const;

@@ -29,6 +29,7 @@ public:
 
     /// The dot product.
     double operator*(const Vector2& other) const;
+
     Vector2 operator*(double factor) const;
     Vector2 operator/(double divisor) const;
     Vector2 operator+(const Vector2& other) const;

@@ -66,6 +66,7 @@ NORVIK2D_EXPORT void stopWatch(const std::string& name, bool bPrint);
 /// Counts the calls with a name. The name "GETCOUNTERS" prints all counters.
 NORVIK2D_EXPORT void benchCounter(const std::string& name);
 
+/// Questions to a double that `-ffast-math` in the client can't take away.
 NORVIK2D_EXPORT bool tools_isnan(double value);
 NORVIK2D_EXPORT bool tools_isinf(double value);
 

@@ -19,9 +19,11 @@
 /// stored.
 namespace KELMAR_NORVIK2D {
 
+/// Write the points as text, over a file that is there.
 NORVIK2D_EXPORT bool writePointsASCII(const char* path, const std::vector<Point2>& points);
 NORVIK2D_EXPORT bool writePointsASCII(const char* path, const std::vector<Point2*>& points);
 
+/// Write a binary file, over one that is there.
 NORVIK2D_EXPORT bool writePointsBIN(const char* path, std::vector<Point2*>& points);
 NORVIK2D_EXPORT bool writePointsBIN(const char* path, std::vector<Point2>& points);
 NORVIK2D_EXPORT bool writeSegmentsBIN(const char* path, std::vector<Segment2>& segments);

@@ -37,7 +37,7 @@ NORVIK2D_EXPORT double getAngleDegree(const Vector2& a, const Vector2& b);
 /// Arithmetic mean of three points, custom index -1.
 NORVIK2D_EXPORT Point2 barycenter(const Point2& p0, const Point2& p1, const Point2& p2);
 
-/// Area of a triangle with these side lengths, by Heron's formula; 0 where they violate the triangle
+/// Area of a triangle with these side lengths, or with these corners, by Heron's formula; 0 where they violate the triangle
 /// inequality. A product of lengths that is not a number fails an assertion (NorvikException) after a
 /// warning.
 NORVIK2D_EXPORT double computeArea(double a, double b, double c);

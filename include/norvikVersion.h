@@ -6,6 +6,7 @@
 
 namespace KELMAR_NORVIK2D {
 
+/// The three numbers of the library that is running, not of these headers.
 NORVIK2D_EXPORT int getMajorVersionNumber();
 NORVIK2D_EXPORT int getMinorVersionNumber();
 NORVIK2D_EXPORT int getRevisionNumber();

@@ -21,6 +21,7 @@ NORVIK2D_EXPORT Zone2* zoneSymmetricDifference(Zone2* pZone0, Zone2* pZone1);
 class NORVIK2D_EXPORT UserPredicateT {
 public:
     virtual ~UserPredicateT() = default;
+    /// What is asked of each triangle in turn.
     virtual bool operator()(Triangle2* pTriangle) = 0;
 };
 

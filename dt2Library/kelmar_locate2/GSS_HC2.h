@@ -19,6 +19,7 @@ public:
     /// the last bit isn't used, of more than 32 bits those above.
     void setParams(double minX, double minY, double maxX, double maxY, unsigned bitLength);
 
+    /// The key of a point.
     unsigned getKey(double x, double y) const;
 
 private:
