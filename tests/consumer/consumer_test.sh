@@ -36,10 +36,10 @@ addSubdirectory() {
     install "$2" "$3"
 }
 
-# pkgConfig STAGE WORK_FOLDER PKG_CONFIG_ARGUMENTS...
-pkgConfig() {
-    local stage=$1 work=$2 packages libraries flags
-    shift 2
+# compile_and_run SOURCE COMPILER_OPTIONS STAGE WORK_FOLDER PKG_CONFIG_ARGUMENTS...
+compile_and_run() {
+    local source=$1 options=$2 stage=$3 work=$4 packages libraries flags
+    shift 4
     fresh "$work"
     packages=$(find "$stage" -name norvik2d.pc)
     export PKG_CONFIG_PATH=${packages%/*}
@@ -47,9 +47,15 @@ pkgConfig() {
     flags=$(pkg-config "$@" --cflags --libs norvik2d)
     # The flags are words, and meant to be split.
     # shellcheck disable=SC2086
-    "$CXX" -std=c++17 $CXXFLAGS "$here/main.cpp" -o "$work/consumer" $flags $LDFLAGS
+    "$CXX" -std=c++17 $CXXFLAGS $options "$here/$source" -o "$work/consumer" $flags $LDFLAGS
     LD_LIBRARY_PATH=$libraries "$work/consumer"
 }
+
+# pkgConfig STAGE WORK_FOLDER PKG_CONFIG_ARGUMENTS...
+pkgConfig() { compile_and_run main.cpp "" "$@"; }
+
+# fastMath STAGE WORK_FOLDER
+fastMath() { compile_and_run fastMath.cpp "-Ofast -march=native" "$@"; }
 
 way=$1
 shift

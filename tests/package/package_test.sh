@@ -19,7 +19,8 @@ done
 
 rm -rf "$work"
 mkdir -p "$root"
-"${CMAKE%cmake}cpack" --config "$build/CPackConfig.cmake" -B "$work"
+# Everything has been built; with this name of a generator cpack does without asking make again.
+"${CMAKE%cmake}cpack" -D CPACK_CMAKE_GENERATOR=Ninja --config "$build/CPackConfig.cmake" -B "$work"
 lintian --fail-on error "$work"/*.deb
 
 for package in "$work"/*.deb; do dpkg-deb -x "$package" "$root"; done
@@ -27,7 +28,8 @@ dpkg-deb -f "$work"/libnorvik2d-dev_*.deb Depends | grep -E '^libnorvik2d1 \(= [
 dpkg-deb -f "$work"/libnorvik2d1_*.deb Depends | grep libgmp10
 
 "$here/../consumer/consumer_test.sh" findPackage "$root/usr" "$work/findPackage"
-"$here/../consumer/consumer_test.sh" pkgConfig "$root/usr" "$work/pkgConfig"
+# As one compiles for another machine: what is installed there lies below a root that isn't that of this one.
+PKG_CONFIG_SYSROOT_DIR="$root" "$here/../consumer/consumer_test.sh" pkgConfig "$root/usr" "$work/pkgConfig"
 
 library=$(find "$root" -name 'libnorvik2d.so.1')
 LD_LIBRARY_PATH=${library%/*} "$root/usr/bin/norvik2d" --version
