@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -31,6 +32,15 @@ public:
         for (const Point2* pVtx : vVertices) scale.note(*pVtx);
         for (const Point2* pVtx : vVertices) mExact.emplace(pVtx, scale.exact(*pVtx));
         for (const Triangle2* pT : vTriangles) mLive.emplace(pT, true);
+    }
+
+    /// An edge between two of these triangles needn't be Delaunay.
+    void allowAnyShapeOf(const std::vector<Triangle2*>& vFree) {
+        isWall = [wasWall = isWall, sFree = std::set<const Triangle2*>(vFree.begin(), vFree.end())](
+                     Triangle2* pT, int edge) {
+            return (sFree.count(pT) != 0 && sFree.count(pT->getOppositeTriangle(edge)) != 0) ||
+                   wasWall(pT, edge);
+        };
     }
 
     /// What is wrong; empty if nothing is.
