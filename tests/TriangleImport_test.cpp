@@ -266,6 +266,7 @@ TEST(TriangleImport, TakesBackItsOwnExport) {
 class FailingImport : public testing::Test {
 protected:
     FailingImport() {
+        std::filesystem::remove_all(folder);
         std::filesystem::create_directory(folder);
         std::filesystem::current_path(folder);
     }
@@ -273,8 +274,9 @@ protected:
         std::filesystem::current_path(previous);
         std::filesystem::remove_all(folder);
     }
-    const std::filesystem::path previous = std::filesystem::current_path(),
-                                folder = std::filesystem::path(testing::TempDir()) / "FailingImport";
+    const std::filesystem::path previous = std::filesystem::current_path();
+    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) /
+                                         testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
 TEST_F(FailingImport, SaysWhyAndDrawsIt) {
