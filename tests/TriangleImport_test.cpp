@@ -171,6 +171,7 @@ TEST(TriangleImport, KeepsTrianglesAsTheyAre) {
     } cases[] = {
         {"one", single, 1, 1},
         {"sharing an edge", {{0, 0}, {2, -1}, {4, 0}, {4, 0}, {2, 3}, {0, 0}}, 1, 2},
+        {"sharing both zeros", {{-0.0, 0}, {2, -1}, {4, -0.0}, {4, 0}, {2, 3}, {0, -0.0}}, 1, 2},
         {"with the longer diagonal", {{0, 0}, {9, -1}, {18, 0}, {18, 0}, {9, 1}, {0, 0}}, 1, 2},
         {"not convex", joined(single, {{2, 3}, {4, 0}, {3, 6}}), 1, 3},
         {"apart", joined(single, {{5, 0}, {9, 0}, {7, 3}}), 2, 4},
