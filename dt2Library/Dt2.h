@@ -357,6 +357,11 @@ public:
     void exportMesh(MeshArrays& out);
     void exportMesh(const Zone2* pZone, MeshArrays& out);
 
+    // webScene.cpp
+
+    /// A folder that shows the triangles of a zone, or of the whole mesh for null, in a browser.
+    void writeWebScene(const char* dirname, const Zone2* pZone) const;
+
 private:
     // MeshArrays.cpp
     void exportTriangles(const std::vector<Triangle2*>& vTriangles, const std::vector<Point2*>& vVertices,

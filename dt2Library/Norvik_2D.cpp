@@ -254,6 +254,13 @@ void Norvik_2D::writeObj(const std::string& fileName, Zone2* pZone) {
     pImpl->writeObj(fileName, pZone);
 }
 
+void Norvik_2D::writeWebScene(const char* dirname) { writeWebScene(dirname, nullptr); }
+
+void Norvik_2D::writeWebScene(const char* dirname, Zone2* pZone) {
+    RoundToNearest nearest;
+    pImpl->writeWebScene(dirname, pZone);
+}
+
 void Norvik_2D::exportMesh(MeshArrays& out) { pImpl->exportMesh(out); }
 void Norvik_2D::exportMesh(Zone2* pZone, MeshArrays& out) { pImpl->exportMesh(pZone, out); }
 

@@ -1,7 +1,8 @@
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <fstream>
-#include <iomanip>
-#include <locale>
+#include <string_view>
 
 #include "Dt2.h"
 #include "FlatTable.h"
@@ -21,6 +22,53 @@ struct VertexOf {
     const Point2* operator()(const NumberedVertex& entry) const noexcept { return entry.pVtx; }
 };
 
+/// Gathers a file's text and hands it over in large pieces. Numbers look as a stream of this precision in the "C" locale
+/// writes them, but for most of the time that takes.
+class TextFile {
+public:
+    explicit TextFile(const std::string& path) : file(path), buffer(capacity, '\0') {}
+
+    bool isOpen() const { return file.is_open(); }
+
+    TextFile& operator<<(std::string_view text) {
+        reserve(text.size());
+        used += text.copy(&buffer[used], text.size());
+        return *this;
+    }
+    TextFile& operator<<(double value) {
+        constexpr int digits = 20;  // more than any double needs to come back the same
+        return append(value, std::chars_format::general, digits);
+    }
+    TextFile& operator<<(std::size_t value) { return append(value); }
+
+    void flush() {
+        file.write(buffer.data(), static_cast<std::streamsize>(used));
+        used = 0;
+    }
+
+private:
+    static constexpr std::size_t capacity = 1U << 20;
+    /// A sign, 20 digits, a point and "e-308"; leading zeros are four at most.
+    static constexpr std::size_t longestNumber = 32;
+
+    template <class Value, class... Format>
+    TextFile& append(Value value, Format... format) {
+        reserve(longestNumber);
+        char* const pBegin = &buffer[used];
+        used += static_cast<std::size_t>(std::to_chars(pBegin, pBegin + longestNumber, value, format...).ptr -
+                                         pBegin);
+        return *this;
+    }
+
+    void reserve(std::size_t length) {
+        if (used + length > capacity) flush();
+    }
+
+    std::ofstream file;
+    std::string buffer;
+    std::size_t used = 0;
+};
+
 }  // namespace
 
 void Dt2::writeObj(const std::string& fileName, const Zone2* pZone) const {
@@ -34,25 +82,25 @@ void Dt2::writeObj(const std::string& fileName, const Zone2* pZone) const {
     else
         getTrianglePointers(vTriangles);
 
-    constexpr int digits = 20;  // more than any double needs to come back the same
-    std::ofstream file(fileName);
-    file.imbue(std::locale::classic());
-    file << std::setprecision(digits);
+    TextFile file(fileName);
+    if (!file.isOpen()) return;
     // Vertices are numbered from 1 as the triangles name them.
     FlatTable<NumberedVertex, AddressHash, VertexOf> mNumbers;
-    for (const Triangle2* pT : vTriangles) {
+    std::vector<std::array<std::size_t, 3>> vFaces(vTriangles.size());
+    for (std::size_t t = 0; t < vTriangles.size(); ++t) {
         for (int i = 0; i < 3; ++i) {
-            const Point2* const pVtx = corner(pT, i);
+            const Point2* const pVtx = corner(vTriangles[t], i);
             const auto [pEntry, bNew] = mNumbers.insert(pVtx);
-            if (!bNew) continue;
-            *pEntry = {pVtx, mNumbers.size()};
-            file << "v " << pVtx->x() << " " << pVtx->y() << " 0 \n";
+            if (bNew) {
+                *pEntry = {pVtx, mNumbers.size()};
+                file << "v " << pVtx->x() << " " << pVtx->y() << " 0 \n";
+            }
+            vFaces[t][static_cast<std::size_t>(i)] = pEntry->number;
         }
     }
-    const auto numberOf = [&](const Point2* pVtx) { return mNumbers.find(pVtx)->number; };
-    for (const Triangle2* pT : vTriangles)
-        file << "f " << numberOf(corner(pT, 0)) << " " << numberOf(corner(pT, 1)) << " "
-             << numberOf(corner(pT, 2)) << "\n";
+    for (const auto& [number0, number1, number2] : vFaces)
+        file << "f " << number0 << " " << number1 << " " << number2 << "\n";
+    file.flush();
 }
 
 }  // namespace KELMAR_NORVIK2D

@@ -292,6 +292,13 @@ public:
     void writeObj(const std::string& fileName);
     void writeObj(const std::string& fileName, Zone2* pZone);
 
+    /// Writes a folder that shows the triangles of the triangulation, or of a zone, in a web browser: a page "index.html", its
+    /// scripts, and the triangles in "3d.obj" as `writeObj` writes them. Makes the folder and those above it where they are
+    /// missing, and writes over files of an earlier scene. A warning, and nothing written, if the folder can't be made; an error
+    /// message, and no "3d.obj", if there are no triangles. Throws std::logic_error for a null name.
+    void writeWebScene(const char* dirname);
+    void writeWebScene(const char* dirname, Zone2* pZone);
+
     /// Replaces the arrays by the whole mesh: the points in the order of getVertexPointers(), the triangles in that of
     /// getTrianglePointers(). If there are no triangles: a warning, and the arrays are empty.
     void exportMesh(MeshArrays& out);
