@@ -369,6 +369,16 @@ const JSC3D = (() => {
             this.scale = scale;
         }
 
+        /** Where a vertex is drawn: pixels from the middle, to the right and up. */
+        pixelOf(mesh, corner) {
+            const [right, up] = this.rows, [tx, ty, tz] = this.target;
+            const dx = mesh.place(corner, 0) - tx, dy = mesh.place(corner, 1) - ty, dz = mesh.place(corner, 2) - tz;
+            return [
+                this.scale * (right[0] * dx + right[1] * dy + right[2] * dz),
+                this.scale * (up[0] * dx + up[1] * dy + up[2] * dz),
+            ];
+        }
+
         /** The place under a pixel, on the horizontal plane through the mesh's middle; null where that is seen from its edge. */
         placeUnder(x, y) {
             const [right, up, near] = this.rows;
@@ -431,7 +441,7 @@ const JSC3D = (() => {
 
     const VERTEX_SHADER = `#version 300 es
         in vec3 place;
-        in float angle;
+        in vec2 traits;  // the angle, and bits: sides that aren't the mesh's edges, and 8 for picked
         uniform mat3 turn;
         uniform vec3 target;
         uniform vec2 scale;
@@ -442,10 +452,11 @@ const JSC3D = (() => {
         flat out float isPicked;
         void main() {
             int k = gl_VertexID % 3;
-            share = vec3(k == 0, k == 1, k == 2);
+            int bits = int(traits.y);
+            share = vec3(k == 0, k == 1, k == 2) + vec3(bits & 1, bits >> 1 & 1, bits >> 2 & 1);
             seen = turn * (place - target);
-            angleOf = angle;
-            isPicked = float(gl_VertexID / 3 == picked);
+            angleOf = traits.x / 255.0;
+            isPicked = float(gl_VertexID / 3 == picked || (bits & 8) != 0);
             gl_Position = vec4(seen.xy * scale, -0.5 * (turn * place).z, 1.0);
         }`;
 
@@ -466,7 +477,7 @@ const JSC3D = (() => {
             vec3 pixels = share / max(sqrt(dx * dx + dy * dy), vec3(1e-9));
             float size = inversesqrt(2.0 * max(abs(dx.x * dy.y - dx.y * dy.x), 1e-12));
             float line = 1.0 - smoothstep(0.5 * lineWidth - 0.5, 0.5 * lineWidth + 0.5, min(pixels.x, min(pixels.y, pixels.z)));
-            line *= edges ? mix(0.15, 1.0, smoothstep(1.0, 9.0, size)) : 0.0;
+            line *= edges ? mix(0.15, 1.0, smoothstep(0.5, 5.0, size)) : 0.0;
             vec3 fill = fillColor;
             if (byAngle) {
                 float at = angleOf * float(${ANGLE_RGB.length - 1});
@@ -511,7 +522,7 @@ const JSC3D = (() => {
             attach(gl.VERTEX_SHADER, VERTEX_SHADER);
             attach(gl.FRAGMENT_SHADER, FRAGMENT_SHADER);
             gl.bindAttribLocation(program, 0, "place");
-            gl.bindAttribLocation(program, 1, "angle");
+            gl.bindAttribLocation(program, 1, "traits");
             gl.linkProgram(program);
             if (!gl.getProgramParameter(program, gl.LINK_STATUS) && !gl.isContextLost())
                 throw new Error("the graphics driver refuses the shaders: " + gl.getProgramInfoLog(program));
@@ -530,7 +541,7 @@ const JSC3D = (() => {
             try {
                 for (let i = 0; i < mesh.numTriangles; i += TRIANGLES_A_BLOCK) {
                     const end = Math.min(mesh.numTriangles, i + TRIANGLES_A_BLOCK);
-                    blocks.push(this.upload(mesh, i, end, (k) => k, [0, 0, 0]));
+                    blocks.push(this.upload(mesh, i, end));
                     if (job) await job.rest(end / mesh.numTriangles, "Handing over to the graphics card");
                 }
                 if (this.gl.getError() === this.gl.OUT_OF_MEMORY)
@@ -541,27 +552,24 @@ const JSC3D = (() => {
             }
         }
 
-        /** Triangles of a list, with their places as they are seen from an origin. */
-        upload(mesh, begin, end, triangleAt, origin) {
-            const gl = this.gl, memory = new ArrayBuffer((end - begin) * 3 * BYTES_A_CORNER);
-            const floats = new Float32Array(memory), bytes = new Uint8Array(memory);
-            let at = 0;
-            for (let i = begin; i < end; ++i) {
-                const triangle = triangleAt(i);
-                for (let k = 0; k < 3; ++k, at += 4) {
-                    const corner = mesh.corners[3 * triangle + k];
-                    for (let d = 0; d < 3; ++d) floats[at + d] = mesh.place(corner, d) - origin[d];
-                    bytes[4 * at + 12] = mesh.angles[triangle];
-                }
+        upload(mesh, begin, end) {
+            const corners = new CornerList(3 * (end - begin));
+            for (let i = 3 * begin; i < 3 * end; ++i) {
+                const corner = mesh.corners[i];
+                corners.push(mesh.place(corner, 0), mesh.place(corner, 1), mesh.place(corner, 2), mesh.angles[Math.floor(i / 3)], 0);
             }
-            const block = { vao: gl.createVertexArray(), buffer: gl.createBuffer(), size: end - begin };
+            return this.makeBlock(corners);
+        }
+
+        makeBlock(corners) {
+            const gl = this.gl, block = { vao: gl.createVertexArray(), buffer: gl.createBuffer(), size: corners.size / 3 };
             gl.bindVertexArray(block.vao);
             gl.bindBuffer(gl.ARRAY_BUFFER, block.buffer);
-            gl.bufferData(gl.ARRAY_BUFFER, memory, gl.STATIC_DRAW);
+            gl.bufferData(gl.ARRAY_BUFFER, corners.memory(), gl.STATIC_DRAW);
             gl.enableVertexAttribArray(0);
             gl.vertexAttribPointer(0, 3, gl.FLOAT, false, BYTES_A_CORNER, 0);
             gl.enableVertexAttribArray(1);
-            gl.vertexAttribPointer(1, 1, gl.UNSIGNED_BYTE, true, BYTES_A_CORNER, 12);
+            gl.vertexAttribPointer(1, 2, gl.UNSIGNED_BYTE, false, BYTES_A_CORNER, 12);
             return block;
         }
 
@@ -585,8 +593,8 @@ const JSC3D = (() => {
                 gl.uniform3fv(this.uniform(name), rgbOf(look[name]));
             gl.uniform3fv(this.uniform("ramp"), [].concat(...ANGLE_RGB));
             gl.uniform1f(this.uniform("lineWidth"), pixelRatio);
-            // Floats reach down to the 2^-24th part of the mesh; where a pixel is smaller, what is seen gets an origin of its own.
-            if (view.scale > 1 << 20 && !view.isTurned()) this.drawDeep(view, look.picked);
+            // Floats reach down to the 2^-24th part of the mesh; where pixels come near that they are told from the middle of the view.
+            if (view.scale > 1 << 19 && this.mesh.isFlat && !view.isTurned()) this.drawDeep(view, look.picked);
             else this.drawBlocks(this.blocks, view.target, look.picked);
         }
 
@@ -602,27 +610,77 @@ const JSC3D = (() => {
             }
         }
 
+        /** What is seen of each triangle is cut out in double, and drawn as a fan. */
         drawDeep(view, picked) {
-            const list = trianglesInView(this.mesh, view), blocks = [];
-            for (let i = 0; i < list.length; i += TRIANGLES_A_BLOCK)
-                blocks.push(this.upload(this.mesh, i, Math.min(list.length, i + TRIANGLES_A_BLOCK), (k) => list[k], view.target));
-            this.drawBlocks(blocks, [0, 0, 0], list.indexOf(picked));
+            const mesh = this.mesh, corners = new CornerList(3072);
+            for (let i = 0; i < mesh.numTriangles; ++i) {
+                if (!mayBeSeen(mesh, view, i)) continue;
+                const part = cutToView([0, 1, 2].map((k) => view.pixelOf(mesh, mesh.corners[3 * i + k])), view);
+                for (let k = 2; k < part.length; ++k) {
+                    const bits = (i === picked ? 8 : 0) | (k < part.length - 1 ? 2 : 0) | (k > 2 ? 4 : 0);
+                    for (const [x, y] of [part[0], part[k - 1], part[k]])
+                        corners.push(x / view.scale, y / view.scale, 0, mesh.angles[i], bits);
+                }
+            }
+            const blocks = [this.makeBlock(corners)];
+            this.drawBlocks(blocks, [0, 0, 0], -1);
             this.clear(blocks);
         }
     }
 
-    /** Those whose boxes meet the canvas, of a mesh that isn't turned. */
-    function trianglesInView(mesh, view) {
-        const reachX = view.width / 2 / view.scale, reachY = view.height / 2 / view.scale, found = [];
-        const [tx, ty] = view.target, { corners } = mesh;
-        const meets = (i, k, t, reach) => {
-            const a = mesh.place(corners[i], k) - t, b = mesh.place(corners[i + 1], k) - t;
-            const c = mesh.place(corners[i + 2], k) - t;
-            return Math.max(a, b, c) >= -reach && Math.min(a, b, c) <= reach;
+    /** What the graphics card gets of each corner: three floats and two bytes. */
+    class CornerList {
+        constructor(capacity) {
+            this.size = 0;
+            this.makeViews(new ArrayBuffer(capacity * BYTES_A_CORNER));
+        }
+        makeViews(memory) {
+            this.floats = new Float32Array(memory);
+            this.bytes = new Uint8Array(memory);
+        }
+        push(x, y, z, angle, bits) {
+            const at = 4 * this.size++;
+            if (at === this.floats.length) {
+                const old = this.bytes;
+                this.makeViews(new ArrayBuffer(2 * old.length));
+                this.bytes.set(old);
+            }
+            this.floats[at] = x;
+            this.floats[at + 1] = y;
+            this.floats[at + 2] = z;
+            this.bytes[4 * at + 12] = angle;
+            this.bytes[4 * at + 13] = bits;
+        }
+        memory() {
+            return this.bytes.subarray(0, this.size * BYTES_A_CORNER);
+        }
+    }
+
+    /** Whether a triangle's box meets the canvas, in a view that isn't turned. */
+    function mayBeSeen(mesh, view, i) {
+        const { corners } = mesh, meets = (k, reach) => {
+            const a = mesh.place(corners[3 * i], k), b = mesh.place(corners[3 * i + 1], k), c = mesh.place(corners[3 * i + 2], k);
+            return Math.max(a, b, c) - view.target[k] >= -reach && Math.min(a, b, c) - view.target[k] <= reach;
         };
-        for (let i = 0; i < corners.length; i += 3)
-            if (meets(i, 0, tx, reachX) && meets(i, 1, ty, reachY)) found.push(i / 3);
-        return found;
+        return meets(0, view.width / 2 / view.scale) && meets(1, view.height / 2 / view.scale);
+    }
+
+    /** The part of a polygon within the canvas, and so far around that the cuts aren't seen. All in pixels from the middle. */
+    function cutToView(points, view) {
+        const around = 8;
+        for (const axis of [0, 1])
+            for (const sign of [1, -1]) {
+                const reach = (axis === 0 ? view.width : view.height) / 2 + around, part = [];
+                let p = points[points.length - 1];
+                for (const q of points) {
+                    const atP = reach - sign * p[axis], atQ = reach - sign * q[axis], t = atP / (atP - atQ);
+                    if (atP < 0 !== atQ < 0) part.push([p[0] + (q[0] - p[0]) * t, p[1] + (q[1] - p[1]) * t]);
+                    if (atQ >= 0) part.push(q);
+                    p = q;
+                }
+                points = part;
+            }
+        return points;
     }
 
     // ---- Drawing without WebGL
@@ -670,7 +728,7 @@ const JSC3D = (() => {
 
         /** Without colours: as picked. */
         drawTriangles(begin, end, view, look, colors, edgeAlpha) {
-            const context = this.context, { mesh } = this, [right, up] = view.rows, [tx, ty, tz] = view.target;
+            const context = this.context, { mesh } = this;
             let style = "", isOpen = false;
             const flush = () => {
                 if (!isOpen) return;
@@ -685,16 +743,12 @@ const JSC3D = (() => {
                 if (edgeAlpha > 0) context.stroke();
                 isOpen = false;
             };
-            const x = [0, 0, 0], y = [0, 0, 0];
+            const far = 4 * Math.max(view.width, view.height);
             for (let i = begin; i < end; ++i) {
-                for (let k = 0; k < 3; ++k) {
-                    const corner = mesh.corners[3 * i + k];
-                    const dx = mesh.place(corner, 0) - tx, dy = mesh.place(corner, 1) - ty, dz = mesh.place(corner, 2) - tz;
-                    x[k] = view.width / 2 + view.scale * (right[0] * dx + right[1] * dy + right[2] * dz);
-                    y[k] = view.height / 2 - view.scale * (up[0] * dx + up[1] * dy + up[2] * dz);
-                }
-                if (Math.max(...x) < 0 || Math.min(...x) > view.width) continue;
-                if (Math.max(...y) < 0 || Math.min(...y) > view.height) continue;
+                let points = [0, 1, 2].map((k) => view.pixelOf(mesh, mesh.corners[3 * i + k]));
+                // The canvas counts in floats: what reaches far is cut before.
+                if (points.some(([x, y]) => Math.abs(x) > far || Math.abs(y) > far)) points = cutToView(points, view);
+                if (points.length === 0) continue;
                 const own = colors === null ? look.pickColor : look.byAngle ? colors[mesh.angles[i] >> 3] : look.fillColor;
                 if (own !== style || !isOpen) {
                     flush();
@@ -702,9 +756,10 @@ const JSC3D = (() => {
                     context.beginPath();
                     isOpen = true;
                 }
-                context.moveTo(x[0], y[0]);
-                context.lineTo(x[1], y[1]);
-                context.lineTo(x[2], y[2]);
+                points.forEach(([x, y], k) => {
+                    if (k === 0) context.moveTo(view.width / 2 + x, view.height / 2 - y);
+                    else context.lineTo(view.width / 2 + x, view.height / 2 - y);
+                });
                 context.closePath();
             }
             flush();
