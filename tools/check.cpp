@@ -83,7 +83,7 @@ Counts countAndList(const SegmentChecker& checker, const Options& options) {
 }  // namespace
 
 int check(const Options& options) {
-    std::vector<Segment2> segments = readSegments(options.input);
+    std::vector<Segment2> segments = readSegments(options.input).segments;
     SegmentChecker checker(pointersTo(segments));
     std::vector<Segment2*> vIllegal;
     const double seconds =

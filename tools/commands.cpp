@@ -9,7 +9,6 @@
 #include <sstream>
 
 #include "ProgressBar.h"
-#include "inputFiles.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -33,8 +32,9 @@ void writeObj(Norvik_2D& mesh, Zone2* pZone, const std::string& path) {
 
 }  // namespace
 
-void addSegments(const std::string& path, Input& input) {
-    for (const Segment2& segment : readSegments(path)) {
+void addDrawing(Drawing drawing, Input& input) {
+    input.points.insert(input.points.end(), drawing.points.begin(), drawing.points.end());
+    for (const Segment2& segment : drawing.segments) {
         const bool bDegenerate = segment.getSrc() == segment.getTrg();
         if (bDegenerate)
             input.points.push_back(segment.getSrc());
@@ -42,6 +42,10 @@ void addSegments(const std::string& path, Input& input) {
             input.segments.push_back(segment);
         input.numDegenerate += bDegenerate;
     }
+    input.bPolygons |= drawing.bPolygons;
+    input.bEnclosed |= drawing.bEnclosed;
+    input.holes.insert(input.holes.end(), drawing.holes.begin(), drawing.holes.end());
+    input.regions.insert(input.regions.end(), drawing.regions.begin(), drawing.regions.end());
 }
 
 void ensureWritable(const std::string& path) {

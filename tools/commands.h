@@ -4,9 +4,11 @@
 
 #include <functional>
 #include <limits>
-#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "formats/fileData.h"
+#include "formats/textFile.h"
 
 constexpr int exitSuccess = 0;
 constexpr int exitFailure = 1;
@@ -71,21 +73,13 @@ int check(const Options& options);
 
 // What they have in common
 
-/// Points and segments of one input. Segments of no length are among the points.
-struct Input {
-    std::vector<KELMAR_NORVIK2D::Point2> points;
-    std::vector<KELMAR_NORVIK2D::Segment2> segments;
+/// What one input holds. Segments of no length are among the points.
+struct Input : Drawing {
     std::size_t numDegenerate = 0;
 };
 
-/// Adds the segments of a file, and the degenerate ones, of which the library would warn one by one, as points.
-void addSegments(const std::string& path, Input& input);
-
-/// An output file that can't be made; what() tells the file and the reason.
-class BadOutput : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+/// Adds what a file holds; its degenerate segments, of which the library would warn one by one, as points.
+void addDrawing(Drawing drawing, Input& input);
 
 /// The library doesn't report files that can't be written; this throws BadOutput.
 void ensureWritable(const std::string& path);

@@ -28,7 +28,7 @@ Point2 marked(const Point2& point) { return {point.x(), point.y(), inputPoint}; 
 Input readInput(const Options& options) {
     Input input;
     if (!options.pointsInput.empty()) input.points = readPoints(options.pointsInput);
-    addSegments(options.input, input);
+    addDrawing(readSegments(options.input), input);
     for (Point2& point : input.points) point = marked(point);
     for (Segment2& segment : input.segments)
         segment = Segment2(marked(segment.getSrc()), marked(segment.getTrg()));

@@ -25,10 +25,7 @@ struct Chains {
 
 Input readInput(const Options& options) {
     Input input;
-    if (holdsSegments(options.input))
-        addSegments(options.input, input);
-    else
-        input.points = readPoints(options.input);
+    addDrawing(readDrawing(options.input), input);
     return input;
 }
 
@@ -110,7 +107,7 @@ void printSummary(Norvik_2D& mesh, const Options& options, const Result& result)
 std::vector<Segment2> readCookieCutter(const Options& options) {
     Input polygon;
     if (options.cookieCutterFile.empty()) return {};
-    addSegments(options.cookieCutterFile, polygon);
+    addDrawing(readSegments(options.cookieCutterFile), polygon);
     if (polygon.segments.empty() || !isSimplePolygon(polygon.segments))
         throw BadInput(options.cookieCutterFile + ": no simple polygon");
     return polygon.segments;

@@ -1,68 +1,36 @@
 #include "inputFiles.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
-#include <string_view>
+#include <utility>
 
+#include "formats/geoJson.h"
+#include "formats/mshFile.h"
+#include "formats/objFile.h"
+#include "formats/shapeFile.h"
+#include "formats/triangleFiles.h"
 #include "numbers.h"
 
 using namespace KELMAR_NORVIK2D;
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r";
-
-/// A place in the input, for messages.
-struct Place {
-    const std::string& path;
-    std::size_t line;
-
-    [[noreturn]] void fail(const std::string& reason) const {
-        throw BadInput(path + ":" + std::to_string(line) + ": " + reason);
-    }
-};
-
-[[noreturn]] void failFile(const std::string& path, const std::string& reason) {
-    throw BadInput(path + ": " + reason);
-}
-
-std::string contentOf(const std::string& path) {
-    if (std::filesystem::is_directory(path)) failFile(path, "is a folder");
-    std::ifstream in(path, std::ios::binary);
-    if (!in) failFile(path, "can't be read");
-    std::ostringstream content;
-    content << in.rdbuf();
-    if (in.bad()) failFile(path, "can't be read");
-    return std::move(content).str();
-}
-
 // Text
-
-template <std::size_t N>
-std::array<double, N> parseLine(std::string_view line, const Place& place) {
-    try {
-        return parseNumbers<N>(line, blanks);
-    } catch (const BadNumber& reason) {
-        place.fail(reason.what());
-    }
-}
 
 /// Appends the points of a text whose lines hold N numbers, two for each point.
 template <std::size_t N>
-void parseText(std::string_view content, const std::string& path, std::vector<Point2>& points) {
-    Place place{path, 0};
-    while (!content.empty()) {
-        const std::string_view line = content.substr(0, content.find('\n'));
-        content.remove_prefix(std::min(line.size() + 1, content.size()));
-        ++place.line;
-        if (line.find_first_not_of(blanks) == std::string_view::npos) continue;
-        const std::array<double, N> numbers = parseLine<N>(line, place);
+void parseText(const std::string& path, std::string content, std::vector<Point2>& points) {
+    LineReader in(path, std::move(content));
+    while (in.next()) {
+        std::array<double, N> numbers{};
+        try {
+            numbers = parseNumbers<N>(in.rest(), " \t\r");
+        } catch (const BadNumber& reason) {
+            in.fail(reason.what());
+        }
         for (std::size_t i = 0; i < N; i += 2) points.emplace_back(numbers[i], numbers[i + 1]);
     }
 }
@@ -109,8 +77,23 @@ void readBinary(const std::string& content, const std::string& path, std::vector
             failFile(path, "segment " + std::to_string(i + 1) + " is not finite");
 }
 
-}  // namespace
+bool isGeoJson(const std::string& path) {
+    const std::string ending = endingOf(path);
+    return ending == ".geojson" || ending == ".json";
+}
 
+/// Of the formats that may hold points and segments.
+bool holdsBoth(const std::string& path) {
+    const std::string ending = endingOf(path);
+    return isGeoJson(path) || ending == ".poly" || ending == ".shp";
+}
+
+Drawing readBoth(const std::string& path) {
+    if (isGeoJson(path)) return readGeoJson(path);
+    return endingOf(path) == ".shp" ? readShape(path) : readPoly(path);
+}
+
+/// A binary segment file, or a text named .seg.
 bool holdsSegments(const std::string& path) {
     std::array<char, sizeof(std::int32_t)> first{};
     std::ifstream(path, std::ios::binary).read(first.data(), first.size());
@@ -119,31 +102,69 @@ bool holdsSegments(const std::string& path) {
     return type == fileSegments || type == fileSegments3D || path.ends_with(".seg");
 }
 
+std::vector<Point2> pointsAndEnds(Drawing drawing) {
+    // Vertices of a .poly file are among the points anyway.
+    if (drawing.bEnclosed) return std::move(drawing.points);
+    for (const Segment2& segment : drawing.segments) {
+        drawing.points.push_back(segment.getSrc());
+        drawing.points.push_back(segment.getTrg());
+    }
+    return std::move(drawing.points);
+}
+
+}  // namespace
+
 std::vector<Point2> readPoints(const std::string& path) {
-    const std::string content = contentOf(path);
+    if (endingOf(path) == ".node") return readNode(path);
+    if (holdsTriangles(path)) return readTriangles(path).points;
+    if (holdsBoth(path)) return pointsAndEnds(readBoth(path));
+    std::string content = contentOf(path);
     const std::int32_t type = fileTypeOf(content);
     std::vector<Point2> points;
     if (type == fileSegments || type == fileSegments3D) failFile(path, "holds segments, not points");
     if (type == filePoints || type == filePoints3D)
         readBinary(content, path, points);
     else if (path.ends_with(".seg"))
-        parseText<4>(content, path, points);
+        parseText<4>(path, std::move(content), points);
     else
-        parseText<2>(content, path, points);
+        parseText<2>(path, std::move(content), points);
     return points;
 }
 
-std::vector<Segment2> readSegments(const std::string& path) {
-    const std::string content = contentOf(path);
+Drawing readSegments(const std::string& path) {
+    if (holdsBoth(path)) return readBoth(path);
+    if (holdsTriangles(path)) failFile(path, "holds triangles, not segments");
+    std::string content = contentOf(path);
     const std::int32_t type = fileTypeOf(content);
-    std::vector<Segment2> segments;
-    if (type == filePoints || type == filePoints3D) failFile(path, "holds points, not segments");
+    if (type == filePoints || type == filePoints3D || endingOf(path) == ".node")
+        failFile(path, "holds points, not segments");
+    Drawing drawing;
     if (type == fileSegments || type == fileSegments3D) {
-        readBinary(content, path, segments);
-        return segments;
+        readBinary(content, path, drawing.segments);
+        return drawing;
     }
     std::vector<Point2> ends;
-    parseText<4>(content, path, ends);
-    for (std::size_t i = 0; i < ends.size(); i += 2) segments.emplace_back(ends[i], ends[i + 1]);
-    return segments;
+    parseText<4>(path, std::move(content), ends);
+    for (std::size_t i = 0; i < ends.size(); i += 2) drawing.segments.emplace_back(ends[i], ends[i + 1]);
+    return drawing;
+}
+
+Drawing readDrawing(const std::string& path) {
+    if (holdsBoth(path) || holdsSegments(path)) return readSegments(path);
+    Drawing drawing;
+    drawing.points = readPoints(path);
+    return drawing;
+}
+
+bool holdsTriangles(const std::string& path) {
+    const std::string ending = endingOf(path);
+    return ending == ".obj" || ending == ".msh" || ending == ".ele";
+}
+
+IndexedMesh readTriangles(const std::string& path) {
+    const std::string ending = endingOf(path);
+    if (ending == ".obj") return readObj(path);
+    if (ending == ".msh") return readMsh(path);
+    if (ending == ".ele") return readEle(path);
+    failFile(path, "triangles are read from .obj, .msh and .ele files");
 }

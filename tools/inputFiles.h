@@ -2,28 +2,33 @@
 
 #include <Norvik_2D.h>
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-/// An input file that can't be used; what() tells the file, the line where there is one, and the reason.
-class BadInput : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+#include "formats/fileData.h"
+#include "formats/textFile.h"
 
-/// Reads the points of a file:
-///   text       `x y` a line; of a file named .seg `x1 y1 x2 y2`, the ends of a segment. Numbers are separated by blanks
-///              and tabs; empty lines count for nothing.
-///   binary     a point file as the library writes it, known by its first bytes.
-/// Unlike the library's own readers it takes nothing that is doubtful: a word that is no number, too few or too many
-/// numbers, coordinates that aren't finite and files that end early throw BadInput.
+// All input files are read here. What can't be used throws BadInput: unlike the library's own readers these take nothing that is
+// doubtful, such as a word that is no number, too few or too many numbers, coordinates that aren't finite and files that end
+// early. The format is told by the file's name:
+//   .node .poly .ele      Triangle's
+//   .geojson .json        GeoJSON
+//   .shp                  a shapefile, where shapelib was there to build with
+//   .obj .msh             triangles of Wavefront, and of Gmsh
+//   others                binary, known by the first bytes, as the library writes it, or text: `x y` a line, or for segments
+//                         `x1 y1 x2 y2`, separated by blanks and tabs; empty lines count for nothing
+
+/// The points of a file. Of a file of segments or triangles, among them texts named .seg, the ends or corners.
 std::vector<KELMAR_NORVIK2D::Point2> readPoints(const std::string& path);
 
-/// Reads the segments of a file with the same care:
-///   text       `x1 y1 x2 y2` a line, whatever the file's name.
-///   binary     a segment file as the library writes it.
-std::vector<KELMAR_NORVIK2D::Segment2> readSegments(const std::string& path);
+/// The segments of a file, and the points of formats that may hold both. Any other text is taken as one of segments.
+Drawing readSegments(const std::string& path);
 
-/// Whether a file that may hold either is one of segments: a binary segment file, or a text named .seg.
-bool holdsSegments(const std::string& path);
+/// A file that may hold either: segments are binary segment files, texts named .seg, and formats that may hold both.
+Drawing readDrawing(const std::string& path);
+
+/// Whether a file's name tells that it holds triangles.
+bool holdsTriangles(const std::string& path);
+
+/// The triangles of a file.
+IndexedMesh readTriangles(const std::string& path);

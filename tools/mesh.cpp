@@ -96,7 +96,7 @@ void printSummary(Norvik_2D& mesh, MeshGenParams& params, const Options& options
 
 int makeMesh(const Options& options) {
     Input input;
-    addSegments(options.input, input);
+    addDrawing(readSegments(options.input), input);
     const Rings rings = findRings(input.segments);
     checkRings(options, rings);
 

@@ -31,6 +31,14 @@ double parseNumber(std::string_view word) {
     return value;
 }
 
+std::int64_t parseInteger(std::string_view word) {
+    std::int64_t value = 0;
+    const auto [pEnd, failure] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (failure != std::errc() || pEnd != word.data() + word.size())
+        throw BadNumber(quoted(word) + " is not an integer");
+    return value;
+}
+
 std::string_view takeWord(std::string_view& text, std::string_view separators) {
     text.remove_prefix(std::min(text.find_first_not_of(separators), text.size()));
     const std::string_view word = text.substr(0, text.find_first_of(separators));

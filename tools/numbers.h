@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,6 +15,9 @@ public:
 
 /// The finite number that the whole word tells.
 double parseNumber(std::string_view word);
+
+/// The integer that the whole word tells.
+std::int64_t parseInteger(std::string_view word);
 
 /// Takes the next word off the text, as far as one of the separators; several of them in a row count as one. Empty if there is
 /// none.

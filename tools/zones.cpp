@@ -77,7 +77,7 @@ void listRings(Norvik_2D& mesh, const Rings& rings, const Graphs& graphs) {
 int zones(const Options& options) {
     Input input;
     if (!options.pointsInput.empty()) input.points = readPoints(options.pointsInput);
-    addSegments(options.input, input);
+    addDrawing(readSegments(options.input), input);
     const Rings rings = findRings(input.segments);
     checkRequests(options, rings);
 
