@@ -52,4 +52,6 @@ int main() {
 
     garden.insert(Point2(2.5, 3.5));  // a bush on the second path
     print("paths", *pPaths);
+
+    garden.show("constraints.ps");  // constraints are red
 }

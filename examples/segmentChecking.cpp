@@ -1,5 +1,4 @@
-// Roads that were drawn by hand: tells which of them cross, touch or overlap, and where, before any becomes a constraint; and
-// draws them:   crossingSegments roads.ps
+// Roads that were drawn by hand: tells which of them cross, touch or overlap, and where, before any becomes a constraint.
 #include <SegmentChecker.h>
 
 #include <iostream>
@@ -33,7 +32,7 @@ void print(const SegmentChecker& checker, Segment2* pA, Segment2* pB, SegmentInt
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main() {
     std::vector<Segment2> roads{
         {Point2(0, 0), Point2(8, 0)},   // 0
         {Point2(8, 0), Point2(8, 6)},   // 1 begins where 0 ends, which is legal
@@ -57,5 +56,5 @@ int main(int argc, char** argv) {
         for (const auto& [pOther, type] : partners)
             if (pRoad < pOther) print(checker, pRoad, pOther, type);  // each pair once
     }
-    if (argc == 2) checker.showIllegalSegments(bEnds, argv[1]);
+    checker.showIllegalSegments(bEnds, "segmentChecking.ps");
 }

@@ -21,6 +21,13 @@ void print(const char* name, const Zone2& zone) {
               << " triangles, " << border.size() << " edges around it\n";
 }
 
+/// Filled triangles; without constraints, which the mesh draws.
+void draw(Visualizer2& picture, const Zone2& zone, Colorname color) {
+    std::vector<Triangle2*> triangles;
+    zone.getTriangles(triangles);
+    picture.addObject(triangles, Color(color, 0.1F, true));
+}
+
 }  // namespace
 
 int main() {
@@ -44,12 +51,18 @@ int main() {
     print("pad only", *pPadOnly);
     print("bare board", *pBare);
 
-    // A groove divides edges of all zones; `true` keeps the shape of the triangles around it.
-    board.cutTriangles(Point2(0, 7), Point2(20, 9), true);
+    // A groove divides edges of all zones.
+    board.cutTriangles(Point2(0, 7), Point2(20, 9), false);
     print("copper, cut", *pCopper);
     print("bare board, cut", *pBare);
 
     // What can be reached from the copper's lower left corner without crossing the pad, the track and the groove.
     ConstraintGraph2* pGroove = createPolygon({{Point2(0, 7), Point2(20, 9)}});
     print("below the groove", *board.createZone({pPad, pTrack, pGroove}, ZL_GROW, Point2(5, 5)));
+
+    Visualizer2 picture("zones.ps");
+    board.show(&picture);
+    draw(picture, *pPadOnly, COLORNAME_TAN);
+    draw(picture, *pShared, COLORNAME_ORANGE);
+    draw(picture, *zoneDifference(pTrackZone, pPadZone), COLORNAME_SKYBLUE);
 }
