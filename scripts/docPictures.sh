@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Makes the bitmaps of the documentation from the pictures that the examples write:
-#   docPictures.sh BUILD_FOLDER [EXAMPLE...]      all of them, or these
-# The plots are cut out of their pages. Needs ghostscript and ImageMagick.
+#   docPictures.sh BUILD_FOLDER [NAME...]      all of them, or these
+# `land` and `iceland` are those of the demo. The plots are cut out of their pages. Needs ghostscript and ImageMagick.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
@@ -10,14 +10,14 @@ shift
 output=$PWD/docs/pictures
 
 # Twice the usual 55 pixels an inch is legible for most.
-declare -A pixelsPerInch=([cutting]=130 [strategies]=130)
+declare -A pixelsPerInch=([cutting]=130 [strategies]=130 [iceland]=92)
 # Those that tell nothing in print.
 without=(firstTriangles landAndSea progress errors)
 
 if [[ $# -gt 0 ]]; then
-    examples=("$@")
+    names=("$@")
 else
-    mapfile -t examples < <(sed -n '/^set(NORVIK2D_EXAMPLES/,/^)/s/^ \+//p' examples/CMakeLists.txt)
+    mapfile -t names < <(echo land iceland | tr ' ' '\n'; sed -n '/^set(NORVIK2D_EXAMPLES/,/^)/s/^ \+//p' examples/CMakeLists.txt)
 fi
 
 # gs_plot DEVICE X Y WIDTH HEIGHT FILE ARGUMENTS...: a rectangle of the page, in points
@@ -43,11 +43,14 @@ picture() {
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$output"
-for example in "${examples[@]}"; do
-    [[ " ${without[*]} " != *" $example "* ]] || continue
-    (cd "$work" && "$build/examples/$example" >/dev/null)
-    picture "$example" "$work/$example.ps"
-    size=$(stat -c %s "$output/$example.png")
-    echo "$example.png: $((size / 1024)) KB"
+for name in "${names[@]}"; do
+    [[ " ${without[*]} " != *" $name "* ]] || continue
+    case $name in
+        land | iceland) [[ -e $work/iceland.ps ]] || scripts/demo.sh "$build" "$work" >/dev/null ;;
+        *) (cd "$work" && "$build/examples/$name" >/dev/null) ;;
+    esac
+    picture "$name" "$work/$name.ps"
+    size=$(stat -c %s "$output/$name.png")
+    echo "$name.png: $((size / 1024)) KB"
     [[ $size -le 61440 ]] || echo "    that is more than 60 KB"
 done
