@@ -201,10 +201,11 @@ public:
     /// gets the custom index of the first of them. The triangles may have several components and holes. The space around them,
     /// holes included, is filled with further triangles, up to a box twice as large as theirs, whose corners are vertices too;
     /// without `bKeepBox` these are removed in the end, and the outline is the convex hull. Borders become constraints: a
-    /// graph for each ring that doesn't touch itself, so a mesh with holes or several components has several.
+    /// graph for each component, if its border is one ring that doesn't touch itself. Others, such as those with holes, are
+    /// divided into many parts like that, so edges between given triangles become constraints there too.
     ///
     /// Triangles must run counterclockwise; with `bReorient` they needn't, and clockwise ones are turned around in `vPoints`.
-    /// Inner edges are no constraints, and later insertions nearby may flip them.
+    /// Other inner edges are no constraints, and later insertions nearby may flip them.
     ///
     /// Null, with a message, if the triangulation isn't empty, for no points or a number not divisible by 3, for coordinates
     /// that aren't finite, and for triangles without area (without `bReorient` only if two corners are equal). Null too if
