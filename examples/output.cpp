@@ -1,4 +1,4 @@
-// What leaves the library: an OBJ file, and a picture of one's own making.
+// What leaves the library: plain arrays, an OBJ file, and a picture of one's own making.
 #include <Norvik_2D.h>
 
 #include <fstream>
@@ -37,6 +37,21 @@ int main() {
         ring.emplace_back(corners[i], corners[(i + 1) % corners.size()]);
     Zone2* pZone = mesh.createZone(mesh.createConstraint(ring, CIS_CONSTRAINED_DELAUNAY), ZL_INSIDE);
     mesh.insert(std::vector<Point2>{{15, 10}, {30, 8}, {44, 13}, {52, 26}, {9, 24}});
+
+    // Arrays for programs that compute: here, which edges are the zone's border.
+    MeshArrays arrays;
+    mesh.exportMesh(pZone, arrays);
+    int numBorderEdges = 0, numConstraints = 0;
+    for (std::size_t i = 0; i < arrays.neighbours.size(); ++i) {
+        numBorderEdges += arrays.neighbours[i] == -1;
+        numConstraints += arrays.constraintFlags[i];
+    }
+    std::cout << "arrays: " << arrays.numberOfPoints() << " points, " << arrays.numberOfTriangles()
+              << " triangles, " << numBorderEdges << " edges without a neighbour, " << numConstraints
+              << " of them constraints\n";
+    const auto first = static_cast<std::size_t>(arrays.corners[0]);
+    std::cout << "first corner of the first triangle: point " << first << ", "
+              << arrays.coordinates[2 * first] << ' ' << arrays.coordinates[2 * first + 1] << '\n';
 
     // Other programs open this: a line "v x y 0" for each vertex, then a line "f a b c" for each triangle.
     mesh.writeObj("output.obj", pZone);

@@ -1,4 +1,4 @@
-// Hears how far a long operation is.
+// Hears how far long operations are, and cuts one short.
 #include <Norvik_2D.h>
 
 #include <iostream>
@@ -9,33 +9,48 @@ using namespace KELMAR_NORVIK2D;
 
 namespace {
 
-/// Tells each tenth of each operation.
-class Teller : public MsgBase {
+/// Tells each quarter of each operation, and asks for the end of a refinement when that is half done.
+class Listener : public MsgBase {
 public:
+    Norvik_2D* pToCancel = nullptr;
+
     void update(MsgType, const std::string& name, double value) override {
-        const int tenths = static_cast<int>(value * 10);
-        if (name == lastName && tenths == lastTenths) return;
+        const int quarters = static_cast<int>(4 * value);
+        if (name != lastName || quarters != lastQuarters) std::cout << name << ' ' << 25 * quarters << "%\n";
         lastName = name;
-        lastTenths = tenths;
-        std::cout << name << ": " << tenths * 10 << "%\n";
+        lastQuarters = quarters;
+        if (pToCancel != nullptr && name == "refine" && value > 0.5) pToCancel->requestCancel();
     }
 
 private:
     std::string lastName;
-    int lastTenths = -1;
+    int lastQuarters = 0;
 };
 
 }  // namespace
 
 int main() {
     std::vector<Point2> points;
-    generateRandomPoints(20000, 0, 100, points, 1);
+    generateRandomPoints(300, 5, 95, points, 1);
+    const std::vector<Segment2> ring{{Point2(0, 0), Point2(100, 0)},
+                                     {Point2(100, 0), Point2(100, 100)},
+                                     {Point2(100, 100), Point2(0, 100)},
+                                     {Point2(0, 100), Point2(0, 0)}};
 
-    Teller teller;  // before the triangulation: it must be there as long as that one may call it
+    Listener listener;  // before the triangulation: it must be there as long as that one may call it
     Norvik_2D mesh;
-    mesh.subscribe(MSGTYPE_PROGRESS, &teller);
+    mesh.subscribe(MSGTYPE_PROGRESS, &listener);
     mesh.insert(points);
-    mesh.unsubscribe(MSGTYPE_PROGRESS, &teller);
-    std::cout << mesh.numberOfTriangles() << " triangles\n";
-    mesh.show("progress.ps");
+    Zone2* pZone = mesh.createZone(mesh.createConstraint(ring, CIS_CONSTRAINED_DELAUNAY), ZL_INSIDE);
+
+    listener.pToCancel = &mesh;
+    mesh.refine(pZone, 28, 0.01, 10, true);
+    std::cout << std::boolalpha << "cancelled: " << mesh.wasCancelled() << '\n';
+
+    // What is there is a mesh, only not good everywhere. A second run goes on.
+    std::cout << "valid: " << mesh.checkValidity(true, "cancelled") << '\n';
+    pZone->show("progress.ps", false, false);
+    listener.pToCancel = nullptr;
+    mesh.refine(pZone, 28, 0.01, 10, true);
+    std::cout << "cancelled: " << mesh.wasCancelled() << '\n';
 }

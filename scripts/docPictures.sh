@@ -10,9 +10,9 @@ shift
 output=$PWD/docs/pictures
 
 # Twice the usual 55 pixels an inch is legible for most.
-declare -A pixelsPerInch=([cutting]=130 [strategies]=130 [iceland]=92)
+declare -A pixelsPerInch=([cutting]=130 [strategies]=130 [iceland]=92 [progress]=90)
 # Those that tell nothing in print.
-without=(firstTriangles landAndSea progress errors)
+without=(firstTriangles landAndSea errors)
 
 if [[ $# -gt 0 ]]; then
     names=("$@")
