@@ -84,10 +84,14 @@ void Dt2::writeObj(const std::string& fileName, const Zone2* pZone) const {
 
     TextFile file(fileName);
     if (!file.isOpen()) return;
-    // Vertices are numbered from 1 as the triangles name them.
+    // Vertices are numbered from 1 as the triangles name them. A mesh has about half as many of them as triangles.
     FlatTable<NumberedVertex, AddressHash, VertexOf> mNumbers;
+    mNumbers.reserve(vTriangles.size() / 2 + vTriangles.size() / 16);
     std::vector<std::array<std::size_t, 3>> vFaces(vTriangles.size());
+    constexpr std::size_t ahead = 8;
     for (std::size_t t = 0; t < vTriangles.size(); ++t) {
+        if (t + ahead < vTriangles.size())
+            for (int i = 0; i < 3; ++i) mNumbers.prefetch(corner(vTriangles[t + ahead], i));
         for (int i = 0; i < 3; ++i) {
             const Point2* const pVtx = corner(vTriangles[t], i);
             const auto [pEntry, bNew] = mNumbers.insert(pVtx);

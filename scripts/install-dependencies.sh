@@ -89,6 +89,10 @@ need_for_ci() {
     need_command gs ghostscript
     wish_command abidw abigail-tools
     wish_command lintian lintian
+    # for the page of web scenes; its test is skipped without them
+    wish_command chromium chromium
+    wish_command node nodejs
+    wish_command npm npm
 }
 
 as_root() {

@@ -511,38 +511,3 @@ TEST(Zone2, IsDrawnAndCounted) {
                              "\n\n\n********* ZONE STATISTICS (A) **********\n\n"})
         EXPECT_TRUE(output.told(told)) << told;
 }
-
-TEST(writeObj, NumbersCornersAsTheyAreMet) {
-    const std::string path = testing::TempDir() + "Zone2_written.obj";
-    const auto expected = [](const Triangles& vTriangles) {
-        std::ostringstream vertices, faces;
-        vertices.precision(20);
-        std::map<Point2*, std::size_t> mNumber;
-        for (const Triangle2* pT : vTriangles)
-            for (int i = 0; i < 3; ++i) {
-                Point2* pVtx = pT->getCorner(i);
-                const auto [number, bNew] = mNumber.emplace(pVtx, mNumber.size() + 1);
-                if (bNew) vertices << "v " << pVtx->x() << " " << pVtx->y() << " 0 \n";
-                faces << (i == 0 ? "f " : " ") << number->second << (i == 2 ? "\n" : "");
-            }
-        return vertices.str() + faces.str();
-    };
-    Board board;
-    board.mesh.insert({0.1, 1});
-    board.mesh.writeObj(path, board.pInA);
-    EXPECT_EQ(contentOf(path), expected(trianglesOf(board.pInA)));
-    board.mesh.writeObj(path, nullptr);
-    const std::string content = contentOf(path);
-    EXPECT_EQ(content, expected(trianglesOf(board.mesh)));
-    for (const char* line : {"\nv 0.10000000000000000555 1 0 \n", "\nf 1 2 3\n"})
-        EXPECT_NE(content.find(line), std::string::npos);
-    Norvik_2D empty;
-    CaptureOutput output;
-    empty.writeObj(path);
-    EXPECT_EQ(contentOf(path), content);
-    EXPECT_TRUE(
-        output.told("Dt2::show(), ERROR: The triangulation is not full dimensional yet, no visualization"));
-    CaptureOutput silence;
-    board.mesh.writeObj("/nowhere/at/all.obj");
-    EXPECT_EQ(silence.out() + silence.err(), "");
-}

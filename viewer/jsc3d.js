@@ -17,6 +17,8 @@ const JSC3D = (() => {
     // ---- Time slices: the page stays alive while much is done
 
     const SLICE_MS = 25;
+    /** For drawing: each slice costs the browser a frame as well. */
+    const LONG_SLICE_MS = 60;
 
     /** Timers are slowed down in hidden pages; messages to oneself aren't. */
     function breathe() {
@@ -665,6 +667,10 @@ const JSC3D = (() => {
         return meets(0, view.width / 2 / view.scale) && meets(1, view.height / 2 / view.scale);
     }
 
+    function isSmall([p, q, r], size) {
+        return [0, 1].every((k) => Math.max(p[k], q[k], r[k]) - Math.min(p[k], q[k], r[k]) < size);
+    }
+
     /** The part of a polygon within the canvas, and so far around that the cuts aren't seen. All in pixels from the middle. */
     function cutToView(points, view) {
         const around = 8;
@@ -705,14 +711,15 @@ const JSC3D = (() => {
             this.context.lineWidth = 1;
             this.context.lineJoin = "round";
             if (this.mesh === null) return;
+            this.covered = new Uint8Array(Math.ceil(view.width) * Math.ceil(view.height));
             const colors = Array.from({ length: 32 }, (_, i) => colorOfAngle(8 * i));
             const numTriangles = this.mesh.numTriangles;
             // Where triangles are hardly larger than pixels edges fade.
             const size = Math.sqrt(4 * view.scale * view.scale / numTriangles);
-            const edgeAlpha = look.edges ? Math.max(0.1, Math.min(1, size / 12)) : 0;
+            const edgeAlpha = look.edges ? Math.max(0, Math.min(1, (size - 1) / 10)) : 0;
             let next = 0;
             const drawSlice = () => {
-                const end = performance.now() + SLICE_MS;
+                const end = performance.now() + LONG_SLICE_MS;
                 while (next < numTriangles && performance.now() < end) {
                     const last = Math.min(numTriangles, next + 500);
                     this.drawTriangles(next, last, view, look, colors, edgeAlpha);
@@ -724,6 +731,17 @@ const JSC3D = (() => {
                     requestAnimationFrame(() => drawing === this.drawing && drawSlice());
             };
             drawSlice();
+        }
+
+        /** Of triangles that are hardly larger than a pixel, one for each pixel is enough. */
+        drawSpeck([[right, up]], view, color) {
+            const x = Math.floor(view.width / 2 + right), y = Math.floor(view.height / 2 - up);
+            const pixel = y * Math.ceil(view.width) + x;
+            if (x < 0 || x >= view.width || this.covered[pixel] !== 0) return;
+            this.covered[pixel] = 1;
+            this.context.globalAlpha = 1;
+            this.context.fillStyle = color;
+            this.context.fillRect(x, y, 2, 2);  // no holes between it and the next
         }
 
         /** Without colours: as picked. */
@@ -750,6 +768,10 @@ const JSC3D = (() => {
                 if (points.some(([x, y]) => Math.abs(x) > far || Math.abs(y) > far)) points = cutToView(points, view);
                 if (points.length === 0) continue;
                 const own = colors === null ? look.pickColor : look.byAngle ? colors[mesh.angles[i] >> 3] : look.fillColor;
+                if (colors !== null && isSmall(points, 1.5)) {
+                    this.drawSpeck(points, view, look.filling ? own : look.edgeColor);
+                    continue;
+                }
                 if (own !== style || !isOpen) {
                     flush();
                     style = own;
