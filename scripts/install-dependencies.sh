@@ -26,6 +26,8 @@ need_command() { has_command "$1" || missing+=("$2"); }
 need_header() { has_header "$1" "$2" || missing+=("$2"); }
 # What only adds something: done without if it can't be had.
 wish_command() { has_command "$1" || wished+=("$2"); }
+wish_header() { has_header "$1" "$2" || wished+=("$2"); }
+wish_package() { has_package "$1" || wished+=("$1"); }
 
 need_for_library() {
     need_command c++ g++
@@ -34,15 +36,20 @@ need_for_library() {
     need_header gmp.h libgmp-dev
 }
 
-need_for_demo() {
+need_for_tool() {
     need_for_library
     need_header CLI/CLI.hpp libcli11-dev
+    need_header nlohmann/json.hpp nlohmann-json3-dev
+    wish_header shapefil.h libshp-dev
+}
+
+need_for_demo() {
+    need_for_tool
     wish_command gs ghostscript
 }
 
 need_for_test() {
-    need_for_library
-    need_header CLI/CLI.hpp libcli11-dev
+    need_for_tool
     need_header gtest/gtest.h libgtest-dev
     need_command git git
     need_command pkg-config pkg-config
@@ -93,6 +100,9 @@ need_for_ci() {
     wish_command chromium chromium
     wish_command node nodejs
     wish_command npm npm
+    # Files are checked against the programs that own their formats.
+    wish_command gmsh gmsh
+    wish_package python3-meshio
 }
 
 as_root() {

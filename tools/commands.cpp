@@ -23,13 +23,6 @@ void writePicture(Norvik_2D& mesh, const Zone2* pZone, bool bShowFull, const std
         mesh.show(path);
 }
 
-void writeObj(Norvik_2D& mesh, Zone2* pZone, const std::string& path) {
-    const bool bEmpty = pZone != nullptr ? pZone->getNumberOfTriangles() == 0 : !mesh.is2D();
-    if (bEmpty) throw BadOutput(path + ": not written, there are no triangles");
-    ensureWritable(path);
-    mesh.writeObj(path, pZone);
-}
-
 }  // namespace
 
 void addDrawing(Drawing drawing, Input& input) {
@@ -50,6 +43,13 @@ void addDrawing(Drawing drawing, Input& input) {
 
 void ensureWritable(const std::string& path) {
     if (!std::ofstream(path)) throw BadOutput(path + ": can't be written");
+}
+
+void writeObj(Norvik_2D& mesh, Zone2* pZone, const std::string& path) {
+    const bool bEmpty = pZone != nullptr ? pZone->getNumberOfTriangles() == 0 : !mesh.is2D();
+    if (bEmpty) throw BadOutput(path + ": not written, there are no triangles");
+    ensureWritable(path);
+    mesh.writeObj(path, pZone);
 }
 
 template <class Publisher>
@@ -83,9 +83,8 @@ void writeOutputs(Norvik_2D& mesh, Zone2* pZone, const Options& options, bool bS
     if (!options.objFile.empty()) writeObj(mesh, pZone, options.objFile);
 }
 
-int checkIfAsked(Norvik_2D& mesh, const Options& options) {
-    // Triangles that keep their shape may have vertices in their circles.
-    if (!options.bCheck || mesh.checkValidity(!options.bKeepShape, options.input)) return exitSuccess;
+int checkIfAsked(Norvik_2D& mesh, const Options& options, bool bDelaunay) {
+    if (!options.bCheck || mesh.checkValidity(bDelaunay, options.input)) return exitSuccess;
     std::cerr << options.input << ": the triangulation is not valid" << std::endl;
     return exitFailure;
 }

@@ -59,6 +59,11 @@ struct Options {
     MeshOptions mesh;
     bool bEndpoints = false;
     std::string listFile;
+    bool bReorient = false;
+    bool bKeepBox = false;
+    bool bInside = false;
+    std::vector<std::string> vOutputs;
+    bool bOldMsh = false;
 };
 
 // The commands print a summary on standard output, write the files that are asked for, and return the exit status. Input
@@ -70,6 +75,8 @@ int zones(const Options& options);
 int cut(const Options& options);
 int makeMesh(const Options& options);
 int check(const Options& options);
+int importMesh(const Options& options);
+int exportMesh(const Options& options);
 
 // What they have in common
 
@@ -84,6 +91,9 @@ void addDrawing(Drawing drawing, Input& input);
 /// The library doesn't report files that can't be written; this throws BadOutput.
 void ensureWritable(const std::string& path);
 
+/// Writes the triangles of the zone, or all if it is null, to an OBJ file. BadOutput too if there are none.
+void writeObj(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const std::string& path);
+
 /// Does the work, with a bar on standard error if that is wanted and a terminal. Returns the seconds that it took. A Publisher, a
 /// Norvik_2D or SegmentChecker, tells the progress.
 template <class Publisher>
@@ -97,5 +107,6 @@ std::string describe(const KELMAR_NORVIK2D::Zone2& zone);
 void writeOutputs(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const Options& options,
                   bool bShowFull = true);
 
-/// The exit status: failure if a check was asked for and finds faults, which are told.
-int checkIfAsked(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options);
+/// The exit status: failure if a check was asked for and finds faults, which are told. Triangles that keep their shape may have
+/// vertices in their circles, so such a mesh needn't be a Delaunay triangulation.
+int checkIfAsked(KELMAR_NORVIK2D::Norvik_2D& mesh, const Options& options, bool bDelaunay = true);

@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "inputFiles.h"
+#include "subject.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -23,16 +24,17 @@ struct Chains {
     std::size_t numBroken = 0;
 };
 
-Input readInput(const Options& options) {
+/// Makes what is to be cut; the zone of the given triangles, null if there are other things in the file.
+Zone2* makeUncut(Norvik_2D& mesh, const Options& options) {
+    if (holdsTriangles(options.input))
+        return importTriangles(mesh, readTriangles(options.input), options.input, true, false);
     Input input;
     addDrawing(readDrawing(options.input), input);
-    return input;
-}
-
-void triangulateInput(Norvik_2D& mesh, const Input& input) {
     mesh.insert(input.points);
     if (!input.segments.empty()) mesh.createConstraint(input.segments, CIS_CONSTRAINED_DELAUNAY);
-    if (mesh.is2D()) mesh.applyConstraintsAndZones();
+    if (!mesh.is2D()) failFile(options.input, "nothing to cut, there are no triangles");
+    mesh.applyConstraintsAndZones();
+    return nullptr;
 }
 
 /// The vertex at the point, or null.
@@ -116,18 +118,21 @@ std::vector<Segment2> readCookieCutter(const Options& options) {
 }  // namespace
 
 int cut(const Options& options) {
-    const Input input = readInput(options);
     const std::vector<Segment2> cookieCutter = readCookieCutter(options);
-    Norvik_2D mesh(static_cast<unsigned int>(input.points.size() + 2 * input.segments.size()));
+    Norvik_2D mesh;
     mesh.setName(options.input);
     mesh.setNumCPU(options.numThreads);
-    triangulateInput(mesh, input);
-    if (!mesh.is2D()) throw BadInput(options.input + ": nothing to cut, there are no triangles");
-    const Result result = cutAll(mesh, options, cookieCutter);
+    Zone2* const pGiven = makeUncut(mesh, options);
+    Result result = cutAll(mesh, options, cookieCutter);
+    const bool bNoCookie = !cookieCutter.empty() && result.pCookie == nullptr;
+    // Around given triangles there are others, up to the hull.
+    if (pGiven != nullptr && result.pCookie != nullptr)
+        result.pCookie = zoneIntersection(result.pCookie, pGiven);
     printSummary(mesh, options, result);
-    if (!cookieCutter.empty() && result.pCookie == nullptr)
-        throw BadInput(options.cookieCutterFile + ": nothing is cut out, the polygon touches itself or " +
-                       options.input + " has nothing inside of it");
-    writeOutputs(mesh, result.pCookie, options);
-    return checkIfAsked(mesh, options);
+    if (pGiven != nullptr) std::cout << "mesh: " << describe(*pGiven) << std::endl;
+    if (bNoCookie)
+        failFile(options.cookieCutterFile, "nothing is cut out, the polygon touches itself or " +
+                                               options.input + " has nothing inside of it");
+    writeOutputs(mesh, result.pCookie != nullptr ? result.pCookie : pGiven, options);
+    return checkIfAsked(mesh, options, !options.bKeepShape && pGiven == nullptr);
 }

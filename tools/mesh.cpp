@@ -1,14 +1,14 @@
 #include <algorithm>
-#include <functional>
 #include <iostream>
 #include <stdexcept>
-#include <unordered_set>
+#include <string>
 #include <vector>
 
 #include "commands.h"
+#include "domain.h"
 #include "inputFiles.h"
 #include "meshQuality.h"
-#include "ringGraphs.h"
+#include "subject.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -17,37 +17,6 @@ namespace {
 /// Where no shortest edge is asked for, it is this share of the domain: the library's own is the same for all data, and too long
 /// for those in small units.
 constexpr double shareOfMinEdge = 1e-5;
-
-void checkRings(const Options& options, const Rings& rings) {
-    const auto fail = [&](const std::string& reason) { throw BadInput(options.input + ": " + reason); };
-    if (rings.vRings.empty()) fail("no closed ring, there is no domain");
-    for (std::size_t i = 0; i < rings.vRings.size(); ++i)
-        if (!isSimplePolygon(rings.vRings[i])) fail(crossesItself(i));
-}
-
-/// What an odd number of rings contains. Refinement asks for one graph around all of it.
-Zone2* makeDomain(Norvik_2D& mesh, const Graphs& graphs, const Options& options) {
-    std::unordered_set<Triangle2*> sDomain;
-    std::vector<Triangle2*> vInside;
-    for (ConstraintGraph2* pRing : graphs.vRings) {
-        Zone2* const pZone = mesh.createZone(pRing, ZL_INSIDE);
-        if (pZone == nullptr) throw std::runtime_error(options.input + ": a ring has no inside");
-        vInside.clear();
-        pZone->getTriangles(vInside);
-        mesh.deleteZone(pZone);
-        for (Triangle2* pTriangle : vInside)
-            if (!sDomain.insert(pTriangle).second) sDomain.erase(pTriangle);
-    }
-    if (sDomain.empty())
-        throw BadInput(options.input + ": each ring is taken back by another, there is no domain");
-    // Not in the order of a hash table, which would be another one in each run.
-    std::vector<Triangle2*> vDomain(sDomain.begin(), sDomain.end());
-    std::sort(vDomain.begin(), vDomain.end(), std::less<>());
-    Zone2* const pZone = mesh.createZone(vDomain);
-    Zone2* const pDomain = pZone != nullptr ? pZone->convertToBoundedZone() : nullptr;
-    if (pDomain == nullptr) throw std::runtime_error(options.input + ": the domain is too thin for doubles");
-    return pDomain;
-}
 
 MeshGenParams makeParams(Zone2* pDomain, const MeshOptions& options) {
     MeshGenParams params(pDomain);
@@ -92,18 +61,35 @@ void printSummary(Norvik_2D& mesh, MeshGenParams& params, const Options& options
     printQuality(measureQuality(mesh, params), options.mesh);
 }
 
+/// What the file holds, and the zone of what is meant by it.
+Zone2* readDomain(Norvik_2D& mesh, Input& input, Rings& rings, const Options& options) {
+    if (holdsTriangles(options.input))
+        return importTriangles(mesh, readTriangles(options.input), options.input, true, false);
+    addDrawing(readSegments(options.input), input);
+    return makeDomain(mesh, input, rings, options.input);
+}
+
+/// Refinement asks for one graph around all of it. Zones of given triangles have one for each ring of their border.
+Zone2* boundByOneGraph(Norvik_2D& mesh, Zone2* pDomain, const std::string& path) {
+    if (pDomain->getZoneLocation() == ZL_INSIDE) {
+        std::vector<Triangle2*> vTriangles;
+        pDomain->getTriangles(vTriangles);
+        pDomain = makeZone(mesh, vTriangles, path);
+    }
+    Zone2* const pBounded = pDomain->convertToBoundedZone();
+    if (pBounded == nullptr) throw std::runtime_error(path + ": the domain is too thin for doubles");
+    return pBounded;
+}
+
 }  // namespace
 
 int makeMesh(const Options& options) {
-    Input input;
-    addDrawing(readSegments(options.input), input);
-    const Rings rings = findRings(input.segments);
-    checkRings(options, rings);
-
-    Norvik_2D mesh(static_cast<unsigned int>(input.points.size() + input.segments.size()));
+    Norvik_2D mesh;
     mesh.setName(options.input);
     mesh.setNumCPU(options.numThreads);
-    Zone2* const pDomain = makeDomain(mesh, insertAll(mesh, input, rings), options);
+    Input input;
+    Rings rings;
+    Zone2* const pDomain = boundByOneGraph(mesh, readDomain(mesh, input, rings, options), options.input);
     MeshGenParams params = makeParams(pDomain, options.mesh);
     const double seconds = doTimed(mesh, options, [&] { mesh.refineAdvanced(&params); });
 

@@ -6,16 +6,22 @@
 #include <array>
 #include <exception>
 #include <iostream>
-#include <sstream>
 #include <utility>
 #include <vector>
 
+#include "arguments.h"
 #include "commands.h"
-#include "numbers.h"
+#include "exports.h"
 
 using namespace KELMAR_NORVIK2D;
 
 namespace {
+
+constexpr const char* meshFiles = ".obj, .msh (Gmsh, as text), or .ele with its .node beside it";
+constexpr const char* segmentFiles =
+    "Text with `x1 y1 x2 y2` a line, a binary segment file, .poly, .geojson or .shp";
+constexpr const char* anyFiles =
+    "Triangles (.obj, .msh, .ele), segments (.seg, .poly, .geojson, .shp) or points (.node and others)";
 
 using Command = std::pair<CLI::App*, int (*)(const Options&)>;
 
@@ -24,62 +30,24 @@ constexpr std::array zoneOperations{ZoneOperation{"union", zoneUnion},
                                     ZoneOperation{"difference", zoneDifference},
                                     ZoneOperation{"symmetric-difference", zoneSymmetricDifference}};
 
-/// Coordinates with commas between, in one word of the command line.
-template <std::size_t N>
-std::array<double, N> parseCoordinates(const std::string& text) {
-    // Separators in a row would count as one.
-    if (text.starts_with(',') || text.ends_with(',') || text.find(",,") != std::string::npos)
-        throw BadNumber("a number is missing in " + text);
-    return parseNumbers<N>(text, ",");
-}
-
-Segment2 parseKnife(const std::string& text) {
-    const auto [x1, y1, x2, y2] = parseCoordinates<4>(text);
-    Segment2 knife(Point2(x1, y1), Point2(x2, y2));
-    if (knife.getSrc() == knife.getTrg()) throw BadNumber(text + " has no length");
-    return knife;
-}
-
-Point2 parseSeed(const std::string& text) {
-    const auto [x, y] = parseCoordinates<2>(text);
-    return {x, y};
-}
-
-/// For CLI::Option::check: the complaint of `parse` about a word, which ends in a usage error.
-template <class Parse>
-auto complaintsOf(Parse parse) {
-    return [parse](const std::string& word) -> std::string {
-        try {
-            parse(word);
-            return {};
-        } catch (const BadNumber& reason) {
-            return reason.what();
-        }
-    };
-}
-
-/// An option that may be repeated; each word behind it goes through `parse`.
-template <class Parse>
-CLI::Option* addWords(CLI::App& command, const std::string& name, const std::string& type, Parse parse,
-                      const std::string& description) {
-    return command.add_option(name, description)
-        ->type_name(type)
-        ->take_all()
-        ->expected(1, CLI::detail::expected_max_vector_size)
-        ->allow_extra_args(false)
-        ->check(complaintsOf(parse), "");
-}
-
 void addProgressOption(CLI::App& command, Options& options) {
     command.add_flag("--progress", options.bProgress, "Show the progress if standard error is a terminal");
+}
+
+void addThreadsOption(CLI::App& command, Options& options) {
+    command
+        .add_option("--threads", options.numThreads, "Threads; 0 means as many as the hardware runs at once")
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str();
 }
 
 Command addTriangulate(CLI::App& app, Options& options) {
     CLI::App* pCommand = app.add_subcommand("triangulate", "Triangulate the points of a file");
     pCommand
-        ->add_option(
-            "INPUT", options.input,
-            "Text with `x y` a line, or a binary point file; of a .seg file (`x1 y1 x2 y2` a line) the ends")
+        ->add_option("INPUT", options.input,
+                     "Text with `x y` a line, a binary point file or .node; of other files (.seg with `x1 y1 "
+                     "x2 y2` a line, "
+                     ".poly, .geojson, .shp, .obj, .msh, .ele) the ends and corners")
         ->required();
     pCommand->add_option("--points-out", options.pointsFile,
                          "Write the points, each once, as text, or binary if the file is named .bin");
@@ -87,8 +55,7 @@ Command addTriangulate(CLI::App& app, Options& options) {
 }
 
 void addSegmentInput(CLI::App& command, Options& options) {
-    command.add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
-        ->required();
+    command.add_option("INPUT", options.input, segmentFiles)->required();
     command.add_option("--points", options.pointsInput,
                        "A file of further points, as `triangulate` reads it");
 }
@@ -104,8 +71,7 @@ Command addConstrain(CLI::App& app, Options& options) {
 Command addCheck(CLI::App& app, Options& options) {
     CLI::App* pCommand =
         app.add_subcommand("check", "Find the segments of a file that cross, touch or overlap");
-    pCommand->add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
-        ->required();
+    pCommand->add_option("INPUT", options.input, segmentFiles)->required();
     pCommand->add_flag("--endpoints", options.bEndpoints,
                        "Segments that have an end in common count as illegal, too");
     pCommand->add_option(
@@ -154,12 +120,7 @@ Command addZones(CLI::App& app, Options& options) {
 
 Command addCut(CLI::App& app, Options& options) {
     CLI::App* pCommand = app.add_subcommand("cut", "Cut knives or a polygon through a triangulation");
-    pCommand
-        ->add_option(
-            "INPUT", options.input,
-            "Points as `triangulate` reads them, or segments as `constrain` does: a binary segment file, or "
-            "text named .seg")
-        ->required();
+    pCommand->add_option("INPUT", options.input, anyFiles)->required();
     const CLI::Option* const pKnife =
         addWords(*pCommand, "--knife", "X1,Y1,X2,Y2", parseKnife, "A segment to cut along");
     const CLI::Option* const pCookieCutter = pCommand->add_option(
@@ -174,32 +135,13 @@ Command addCut(CLI::App& app, Options& options) {
     return {pCommand, cut};
 }
 
-/// An option for a number above `least`.
-void addNumber(CLI::App& command, const std::string& name, double& value, double least,
-               const std::string& type, const std::string& description) {
-    const auto parse = [least](const std::string& word) {
-        if (parseNumber(word) > least) return;
-        std::ostringstream complaint;
-        complaint << word << " isn't above " << least;
-        throw BadNumber(std::move(complaint).str());
-    };
-    command.add_option(name, value, description)->type_name(type)->check(complaintsOf(parse), "");
-}
-
-/// A direction and a length.
-std::array<double, 3> parseGrid(const std::string& text) {
-    const auto grid = parseCoordinates<3>(text);
-    const auto& [dx, dy, length] = grid;
-    if (dx == 0.0 && dy == 0.0) throw BadNumber(text + " has no direction");
-    if (length <= 0.0) throw BadNumber(text + " has no length");
-    return grid;
-}
-
 Command addMesh(CLI::App& app, Options& options) {
     CLI::App* pCommand = app.add_subcommand(
         "mesh", "Fill what the closed rings of a file bound, holes by nesting, with triangles of good shape");
     MeshOptions& limits = options.mesh;
-    pCommand->add_option("INPUT", options.input, "Text with `x1 y1 x2 y2` a line, or a binary segment file")
+    pCommand
+        ->add_option("INPUT", options.input,
+                     "Segments (.seg and others, .poly, .geojson, .shp), or triangles (.obj, .msh, .ele)")
         ->required();
     pCommand->add_option("--min-angle", limits.minAngle, "The smallest angle, at most 30")
         ->type_name("DEGREES")
@@ -232,12 +174,46 @@ void addMeshOptions(CLI::App& command, Options& options) {
     command.add_option("--ps", options.pictureFile,
                        "Draw the triangulation, constraints in red, to a PostScript file");
     command.add_option("--obj", options.objFile, "Write the triangles to a Wavefront OBJ file");
-    command
-        .add_option("--threads", options.numThreads, "Threads; 0 means as many as the hardware runs at once")
-        ->check(CLI::Range(0, 1024))
-        ->capture_default_str();
+    addThreadsOption(command, options);
     command.add_flag("--check", options.bCheck, "Check the result: constraints, links and empty circles");
     addProgressOption(command, options);
+}
+
+Command addImport(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "import", "Make a mesh of given triangles, as they are, and tell whether they are sound");
+    pCommand->add_option("INPUT", options.input, meshFiles)->required();
+    pCommand->add_flag("--reorient", options.bReorient, "Take triangles that run clockwise, too");
+    pCommand->add_flag("--keep-box", options.bKeepBox,
+                       "Keep the box, twice as large, up to which the space around them is filled");
+    return {pCommand, importMesh};
+}
+
+/// What export and view have in common.
+void addSubject(CLI::App& command, Options& options) {
+    command.add_option("INPUT", options.input, anyFiles)->required();
+    command.add_flag(
+        "--inside", options.bInside,
+        "Only what an odd number of closed rings contains, also if the file isn't one of polygons");
+    addThreadsOption(command, options);
+    addProgressOption(command, options);
+}
+
+Command addExport(CLI::App& app, Options& options) {
+    CLI::App* pCommand =
+        app.add_subcommand("export", "Write given triangles, or a triangulation, to files of other programs");
+    addSubject(*pCommand, options);
+    pCommand
+        ->add_option(
+            "--to", options.vOutputs,
+            "The format is told by the name: .obj, .msh, .vtu, .node, .ele (and .node), .poly, .geojson, "
+            ".svg, or a folder for a browser")
+        ->required()
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(complaintAboutOutput, "");
+    pCommand->add_flag("--msh2", options.bOldMsh, "Write .msh in version 2.2 instead of 4.1");
+    return {pCommand, exportMesh};
 }
 
 int run(const std::vector<Command>& commands, const Options& options) {
@@ -257,9 +233,10 @@ int main(int argc, char** argv) {
         "Exit status: 0 done; 1 the input can't be used, an output can't be made, or --check found faults; "
         "2 wrong usage; 3 `check` found illegal segments.");
     std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
-                                  addZones(app, options), addCut(app, options), addMesh(app, options)};
+                                  addZones(app, options),       addCut(app, options),
+                                  addMesh(app, options),        addImport(app, options)};
     for (const Command& command : commands) addMeshOptions(*command.first, options);
-    commands.push_back(addCheck(app, options));
+    for (const auto add : {addCheck, addExport}) commands.push_back(add(app, options));
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& reason) {

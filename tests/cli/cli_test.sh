@@ -510,4 +510,290 @@ badChecksAreTold() {
     refused 2 "" check line.seg --threads 2
 }
 
+# What needs a program or a library that isn't there.
+skip() {
+    echo "SKIPPED: $1"
+    exit 77
+}
+
+# A square of 10 with a square hole of 2, cut by a diagonal into two regions; the corners are marked.
+box_poly() {
+    cat >box.poly <<'END'
+# counted from 0
+8 2 1 1
+
+0 0 0 0.5 1
+1 10 0 0.5 1
+2 10 10 0.5 1
+3 0 10 0.5 1
+4 2 2 0.5 0   # the hole
+5 4 2 0.5 0
+6 4 4 0.5 0
+7 2 4 0.5 0
+9 1
+0 0 1 1
+1 1 2 1
+2 2 3 1
+3 3 0 1
+4 4 5 2
+5 5 6 2
+6 6 7 2
+7 7 4 2
+8 1 3 0
+1
+0 3 3
+2
+0 1 1 7 -1
+1 9 9 8.5 0.5
+END
+}
+
+# The summary of `import` but for the time: area triangles edges points components rings, and points and triangles in all.
+expect_imported() {
+    expect_line "mesh: area $1, triangles $2, border edges $3"
+    local -r names=(points components "border rings" "points in all" "triangles in all")
+    expect_values "${@:4}"
+}
+
+trianglesAreImported() {
+    # Faces with negative numbers, texture coordinates and normals; one of five corners, concave.
+    printf 'o x\nv 0 0 7\nv 4 0 8 # end\nv 4 4\nv 2 1\nv 0 4\nvt 0 0\nf 1/1 2/1/1 3//1 -2 5\n' >chevron.obj
+    run import chevron.obj --check
+    expect_imported 10 3 5 5 1 1 5 4
+    run import chevron.obj --keep-box --obj out.obj --ps out.ps
+    expect_imported 10 3 5 5 1 1 9 12
+    expect_lines_in out.obj '^f' 3
+    sed -i 's/^f.*/f 5 4 3 2 1/' chevron.obj
+    refused 1 "chevron.obj: triangle 1 runs clockwise, see --reorient" import chevron.obj
+    run import chevron.obj --reorient
+    expect_imported 10 3 5 5 1 1 5 4
+    printf 'v 0 0\nv 4 0\nv 4 4\nv 0 4\nv 9 9\nv 9 8\nv 8 9\nf 1 2 3\nf 1 3 4\nf 6 5 7\n' >two.obj
+    run import two.obj
+    expect_imported 16.5 3 7 7 2 2 7 6
+    printf 'v 0 0\nv 4 0\nv 2 3\nv 2 -3\nv 2 4\nf 1 2 3\nf 1 4 2\nf 1 2 5\n' >three.obj
+    refused 1 "three.obj: triangle 1 and triangle 3 lie on the same side of an edge" import three.obj
+    printf 'v 0 0\nv 4 0\nv 2 3\nv 0 1\nv 4 1\nv 2 -2\nf 1 2 3\nf 4 6 5\n' >crossing.obj
+    refused 1 "crossing.obj: the triangles make no mesh" import crossing.obj
+    expect_lines_in out 'selfintersection' 1
+}
+
+exportsComeBack() {
+    box_poly
+    run export box.poly --to b.obj --to b.msh --to b.ele --to b.poly --to b.geojson --to b.vtu --to b.svg
+    local -r names=(points triangles holes)
+    expect_values 8 8 1
+    expect_line "written: b.svg"
+    run export box.poly --msh2 --to old.msh
+    for file in b.obj b.msh b.ele old.msh; do
+        run import $file
+        expect_imported 96 8 8 8 1 2 8 10
+    done
+    for file in b.poly b.geojson b.ele; do
+        run export $file --to again.ele
+        expect_values 8 8 1
+    done
+    # Marks and all digits.
+    cmp -s b.node again.node || fail "the same vertices expected"
+    [[ $(head -n 2 b.node) == $'8 2 0 1\n1 0 0 1' ]] || fail "marks expected"
+    expect_lines_in b.ele ' 7$' 7
+    expect_lines_in b.ele ' 8.5$' 1
+    expect_lines_in b.svg '^<path' 3
+    local -r region7='{"region":7.0},"geometry":{"type":"MultiPolygon","coordinates":[[[[0.0,0.0],[10.0,0.0],[0.0,10.0],[0.0,0.0]],[[2.0,2.0],[2.0,4.0],[4.0,4.0],[4.0,2.0],[2.0,2.0]]]]}'
+    grep -qF "$region7" b.geojson || fail "a polygon with a hole expected"
+    printf '0.1 1e-300\n123456789.12345679 0\n0 1e22\n' >points.xy
+    run export points.xy --to points.ele
+    run triangulate points.ele --points-out back.bin
+    run triangulate points.xy --points-out there.bin
+    cmp -s there.bin back.bin || fail "the same doubles expected"
+}
+
+bordersThatTouchThemselvesAreDivided() {
+    # A ring around a hole that touches the outer corner, and two squares that touch at a corner.
+    (rectangle 0 0 9 9 && printf '0 0 4 2\n4 2 2 4\n2 4 0 0\n' && rectangle 9 9 10 10) >touching.seg
+    run export touching.seg --inside --to touching.geojson
+    local -r rings='[[[[0.0,0.0],[9.0,0.0],[9.0,9.0],[0.0,9.0],[0.0,0.0]],[[0.0,0.0],[2.0,4.0],[4.0,2.0],[0.0,0.0]]],[[[9.0,9.0],[10.0,9.0],[10.0,10.0],[9.0,10.0],[9.0,9.0]]]]'
+    grep -qF "$rings" touching.geojson || fail "other rings expected: $(cat touching.geojson)"
+}
+
+polyFilesBoundDomains() {
+    box_poly
+    run mesh box.poly --check
+    expect_lines_in out '^domain: area 96,' 1
+    run check box.poly
+    expect_line "segments: 9"
+    # Without a side, all goes that can be reached through the gap.
+    sed -e 's/^9 1$/8 1/' -e '/^3 3 0/d' box.poly >open.poly
+    run export open.poly --to open.geojson
+    expect_line "triangles: 1"
+    (head -n 1 box.poly && echo 0 2 && sed -n '/^9 1/,$p' box.poly) >box2.poly
+    (echo 8 2 1 1 && sed -n '/^0 0 0 0.5/,/^7/p' box.poly) >box2.node
+    run mesh box2.poly --check
+    expect_lines_in out '^domain: area 96,' 1
+    run triangulate box2.node
+    expect_summary 8 0 10 4
+    refused 1 "box2.node: holds points, not segments" constrain box2.node
+    printf '3 2\n1 0 0\n2 1 0\n3 0 1\n1\n1 1 2\n0\n' >none.poly
+    refused 1 "none.poly: the segments enclose nothing" mesh none.poly
+}
+
+geoJsonIsRead() {
+    cat >all.geojson <<'END'
+{"type": "FeatureCollection", "features": [
+  {"type": "Feature", "properties": {"name": "x"}, "geometry": {"type": "Polygon", "coordinates":
+    [[[0, 0], [9, 0], [9, 9, 5], [0, 9], [0, 0]], [[2, 2], [2, 4], [4, 4], [4, 2], [2, 2]]]}},
+  {"type": "Feature", "properties": null, "geometry": null},
+  {"type": "Feature", "properties": {}, "geometry": {"type": "GeometryCollection", "geometries": [
+    {"type": "LineString", "coordinates": [[5, 5], [6, 6], [7, 5]]},
+    {"type": "MultiPoint", "coordinates": [[1, 1], [20, 20]]}]}}]}
+END
+    run constrain all.geojson --check
+    expect_line "segments given: 10"
+    expect_line "points: 13"
+    run mesh all.geojson --min-angle 0
+    expect_lines_in out '^domain: area 77,' 1
+    run zones all.geojson --inside --inside --difference
+    expect_lines_in out '^difference: area 77,' 1
+    run triangulate all.geojson
+    expect_line "points: 13"
+    tells() {
+        echo "$1" >bad.json
+        refused 1 "bad.json: $2" constrain bad.json
+    }
+    tells '{"type": ' 'parse error at line 2, column 1'
+    tells '[1e999]' "number overflow"
+    tells '[]' "is no GeoJSON object"
+    tells '{"type": "Circle", "coordinates": []}' 'the type "Circle" isn'
+    tells '{"type": "Point"}' 'no "coordinates"'
+    tells '{"type": "Feature", "geometry": {"type": "Point", "coordinates": ["1", 2]}}' "feature 1: a position"
+    tells '{"type": "Polygon", "coordinates": [[[0, 0], [1, 0], [0, 1], [0, 2]]]}' "a ring isn't closed"
+}
+
+# A square with side 9 in a shapefile and its index.
+shape_file() {
+    local -r head='0000270a 00000000 00000000 00000000 00000000 00000000'
+    local -r box='0000000000000000 0000000000000000 0000000000002240 0000000000002240'
+    local -r tail='e8030000 05000000' zeros='0000000000000000 0000000000000000 0000000000000000 0000000000000000'
+    local -r ring='0000000000000000 0000000000000000 0000000000000000 0000000000002240
+        0000000000002240 0000000000002240 0000000000002240 0000000000000000 0000000000000000 0000000000000000'
+    local -r record="05000000 $box 01000000 05000000 00000000 $ring"
+    hex() { printf '%b' "$(sed -E 's/[[:space:]]//g; s/../\\x&/g' <<<"$(tr -d ' \n' <<<"$1")")"; }
+    hex "$head 00000076 $tail $box $zeros 00000001 00000040 $record" >square.shp
+    hex "$head 00000036 $tail $box $zeros 00000032 00000040" >square.shx
+}
+
+shapefilesAreRead() {
+    shape_file
+    run mesh square.shp
+    grep -qF "built without shapelib" err && skip "the program was built without shapelib"
+    expect_lines_in out '^domain: area 81,' 1
+    run check square.shp
+    expect_line "segments: 4"
+    head -c 150 square.shp >short.shp && cp square.shx short.shx
+    refused 1 "short.shp: shape 1 can't be read" check short.shp
+    cp square.shp long.shp && (head -c 24 square.shx && printf '\1' && tail -c +26 square.shx) >long.shx
+    refused 1 "long.shx: holds 108 bytes, its header tells 33554540" check long.shp
+    refused 1 "none.SHX: can't be read" check none.shp
+}
+
+badMeshFilesAreTold() {
+    tells() {
+        printf "$2" >"bad.$1"
+        refused 1 "bad.$1:$3" import "bad.$1"
+    }
+    tells obj 'v 0 0\nv 1 0\nf 1 2 3\n' "3: a corner isn't among the 2 vertices so far"
+    tells obj 'v 0 x\n' '1: "x" is not a number'
+    tells obj 'v 0\n' '1: a number is missing'
+    tells obj 'v 0 0\nv 1 0\nf 1 2\n' '3: a face has three corners or more'
+    tells obj 'v 0 0\nv 1 0\nv 0 1\nf 1 2 3x\n' '4: a corner is no number'
+    tells obj 'v 0 0\nv 4 4\nv 4 0\nv 0 4\nf 1 2 3 4\n' '5: the face has no inside'
+    tells obj 'v 0 0\n' ' holds no faces'
+    tells obj 'v 0 0\nv 1 1\nv 2 2\nf 1 2 3\n' ' triangle 1 has no area'
+    local -r old='$MeshFormat\n2.2 0 8\n$EndMeshFormat\n'
+    tells msh 'hello\n' ' is no Gmsh mesh'
+    tells msh '$MeshFormat\n4 0 8\n$EndMeshFormat\n' "2: the version isn't 2.2 or 4.1"
+    tells msh '$MeshFormat\n4.1 1 8\n' '2: binary meshes'
+    tells msh "$old\$Nodes\n99999999999999\n1 0 0 0\n" ' ends where a node should follow'
+    tells msh "$old\$Nodes\n1\n1 0 0 0\n\$EndNodes\n\$Elements\n1\n1 2 0 1 1 2\n" "10: a node that isn't there"
+    tells msh "$old\$Elements\n1\n1 4 0 1 1 2 3\n" '6: elements of type 4'
+    tells msh "$old\$Nodes\n-1\n" '5: -1 is negative'
+    printf '3 2\n1 0 0\n2 1 0\n3 0 1\n' >bad.node
+    tells ele '1 3\n1 1 2 4\n' '2: there is no vertex 4'
+    tells ele '1 4\n' '1: triangles have three or six nodes'
+    printf '3 2\n1 0 0\n3 1 0\n' >bad.node
+    refused 1 "bad.node:3: vertex 2 expected" triangulate bad.node
+    printf '1 2\n1 0 0\n1\n1 1 9\n' >bad.poly
+    refused 1 "bad.poly:4: there is no vertex 9" check bad.poly
+    refused 1 "bad.obj: holds triangles, not segments" check bad.obj
+    refused 1 "bad.txt: triangles are read from" import bad.txt
+    refused 2 "--to: bad.xyz" export bad.obj --to bad.xyz
+}
+
+givenTrianglesAreCutAndRefined() {
+    printf 'v 0 0\nv 8 0\nv 12 12\nv 0 8\nv 20 0\nv 22 0\nv 20 2\nf 1 2 3\nf 1 3 4\nf 5 6 7\n' >two.obj
+    run mesh two.obj --min-angle 28 --max-area 1 --check
+    expect_status 0
+    expect_lines_in out '^domain: area 98,' 1
+    expect_missing 0 0
+    sed '/^v 2[02]/d; /^f 5/d' two.obj >kite.obj
+    for shape in "" --keep-shape; do
+        run cut kite.obj --knife -2,2,14,2 --check $shape --obj cut.obj
+        expect_lines_in out '^mesh: area 96,' 1
+        run import cut.obj
+        expect_lines_in out '^mesh: area 96,' 1
+    done
+    # The square reaches beyond the kite, and beyond its hull.
+    (rectangle 0 8 12 20) >cutter.seg
+    run cut kite.obj --cookie-cutter cutter.seg
+    expect_lines_in out '^cut out: area 21.3333333333,' 1
+}
+
+gmshAgrees() {
+    command -v gmsh >/dev/null || skip "gmsh isn't there"
+    box_poly
+    run export box.poly --to new.msh
+    run export box.poly --to old.msh --msh2
+    for file in new old; do
+        for format in msh41 msh22; do
+            gmsh $file.msh -check -save -format $format -o back.msh >gmsh.log 2>&1 || fail "$(cat gmsh.log)"
+            grep -qiE 'error|warning' gmsh.log && fail "$(cat gmsh.log)"
+            run import back.msh
+            expect_imported 96 8 8 8 1 2 8 10
+        done
+    done
+    cat >plate.geo <<'END'
+Point(1) = {0, 0, 0, 0.3}; Point(2) = {3, 0, 0, 0.3}; Point(3) = {3, 2, 0, 0.3}; Point(4) = {0, 2, 0, 0.3};
+Point(5) = {1, 1, 0, 0.1}; Point(6) = {1.5, 1, 0, 0.1}; Point(7) = {0.5, 1, 0, 0.1};
+Line(1) = {1, 2}; Line(2) = {2, 3}; Line(3) = {3, 4}; Line(4) = {4, 1};
+Circle(5) = {6, 5, 7}; Circle(6) = {7, 5, 6};
+Curve Loop(1) = {1, 2, 3, 4}; Curve Loop(2) = {5, 6}; Plane Surface(1) = {1, 2};
+END
+    for format in msh41 msh22; do
+        gmsh plate.geo -2 -format $format -o plate.msh >gmsh.log 2>&1 || fail "$(cat gmsh.log)"
+        run import plate.msh --check
+        expect_lines_in out '^mesh: area 5.2[0-9]*, triangles [1-9]' 1
+        expect_line "border rings: 2"
+    done
+}
+
+meshioAgrees() {
+    local python
+    for python in python3 /usr/bin/python3 ""; do
+        [[ -z $python ]] || ! "$python" -c 'import meshio' 2>/dev/null || break
+    done
+    [[ -n $python ]] || skip "python3-meshio isn't there"
+    box_poly
+    run export box.poly --to b.vtu --to b.msh
+    run export box.poly --to old.msh --msh2
+    "$python" - >counts 2>&1 <<'END' || fail "$(cat counts)"
+import meshio
+for name in "b.vtu", "b.msh", "old.msh":
+    mesh = meshio.read(name)
+    cells = sum(len(block.data) for block in mesh.cells if block.type == "triangle")
+    regions = sorted(value for block in mesh.cell_data.get("region", []) for value in block)
+    print("read", name, len(mesh.points), cells, *map(float, regions))
+END
+    grep -qx 'read b.vtu 8 8 7.0 7.0 7.0 7.0 7.0 7.0 7.0 8.5' counts || fail "$(cat counts)"
+    grep -qx 'read b.msh 8 8' counts && grep -qx 'read old.msh 8 8' counts || fail "$(cat counts)"
+}
+
 "$case_name"

@@ -1,0 +1,75 @@
+#include <array>
+#include <iostream>
+#include <string_view>
+#include <utility>
+
+#include "commands.h"
+#include "exports.h"
+#include "formats/geoJson.h"
+#include "formats/svgFile.h"
+#include "formats/triangleFiles.h"
+#include "formats/vtuFile.h"
+#include "outputMesh.h"
+
+using namespace KELMAR_NORVIK2D;
+
+namespace {
+
+using Writer = void (*)(const IndexedMesh&, const std::string&);
+
+constexpr std::array<std::pair<std::string_view, Writer>, 7> writers{{{".vtu", writeVtu},
+                                                                      {".node", writeNode},
+                                                                      {".ele", writeEle},
+                                                                      {".poly", writePoly},
+                                                                      {".geojson", writeGeoJson},
+                                                                      {".json", writeGeoJson},
+                                                                      {".svg", writeSvg}}};
+
+/// Null if none has the ending.
+Writer findWriter(const std::string& path) {
+    const std::string ending = endingOf(path);
+    for (const auto& [name, write] : writers)
+        if (name == ending) return write;
+    return nullptr;
+}
+
+}  // namespace
+
+std::string complaintAboutOutput(const std::string& path) {
+    const std::string ending = endingOf(path);
+    if (ending == ".obj" || ending == ".msh" || findWriter(path) != nullptr) return {};
+    return path +
+           ": a name that ends in .obj, .msh, .vtu, .node, .ele, .poly, .geojson or .svg "
+           "expected";
+}
+
+Exporter::Exporter(Norvik_2D& mesh_, const Subject& subject_)
+    : mesh(mesh_), subject(subject_), triangles(takeMesh(mesh, subject.pZone, subject.regions)) {}
+
+void Exporter::write(const std::string& path, MshVersion mshVersion) const {
+    const std::string ending = endingOf(path);
+    if (ending == ".obj") {
+        writeObj(mesh, subject.pZone, path);
+    } else if (ending == ".msh") {
+        writeMsh(triangles, mshVersion, path);
+    } else {
+        findWriter(path)(triangles, path);
+    }
+}
+
+int exportMesh(const Options& options) {
+    Norvik_2D mesh;
+    mesh.setName(options.input);
+    mesh.setNumCPU(options.numThreads);
+    Subject subject;
+    const double seconds = doTimed(mesh, options, [&] { subject = makeSubject(mesh, options); });
+    const Exporter exporter(mesh, subject);
+    std::cout << "points: " << exporter.getTriangles().points.size()
+              << "\ntriangles: " << exporter.getTriangles().triangles.size()
+              << "\nholes: " << exporter.getTriangles().holes.size() << "\nseconds: " << seconds << std::endl;
+    for (const std::string& path : options.vOutputs) {
+        exporter.write(path, options.bOldMsh ? MshVersion::v2_2 : MshVersion::v4_1);
+        std::cout << "written: " << path << std::endl;
+    }
+    return exitSuccess;
+}

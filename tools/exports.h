@@ -1,0 +1,25 @@
+#pragma once
+
+#include <Norvik_2D.h>
+
+#include <string>
+
+#include "formats/mshFile.h"
+#include "subject.h"
+
+/// The complaint about a file name that tells no format that can be written; empty if there is none.
+std::string complaintAboutOutput(const std::string& path);
+
+/// Writes a mesh, or the zone of it, to files of the formats that the names tell.
+class Exporter {
+public:
+    Exporter(KELMAR_NORVIK2D::Norvik_2D& mesh_, const Subject& subject_);
+
+    const IndexedMesh& getTriangles() const { return triangles; }
+    void write(const std::string& path, MshVersion mshVersion) const;
+
+private:
+    KELMAR_NORVIK2D::Norvik_2D& mesh;
+    const Subject& subject;
+    IndexedMesh triangles;
+};
