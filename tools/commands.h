@@ -64,6 +64,7 @@ struct Options {
     bool bInside = false;
     std::vector<std::string> vOutputs;
     bool bOldMsh = false;
+    std::string sceneFolder = "scene";
 };
 
 // The commands print a summary on standard output, write the files that are asked for, and return the exit status. Input
@@ -77,6 +78,7 @@ int makeMesh(const Options& options);
 int check(const Options& options);
 int importMesh(const Options& options);
 int exportMesh(const Options& options);
+int view(const Options& options);
 
 // What they have in common
 

@@ -1,6 +1,8 @@
 #include <array>
+#include <filesystem>
 #include <iostream>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "commands.h"
@@ -33,13 +35,15 @@ Writer findWriter(const std::string& path) {
     return nullptr;
 }
 
+bool isFolder(const std::string& path) { return path.ends_with('/') || endingOf(path).empty(); }
+
 }  // namespace
 
 std::string complaintAboutOutput(const std::string& path) {
     const std::string ending = endingOf(path);
-    if (ending == ".obj" || ending == ".msh" || findWriter(path) != nullptr) return {};
+    if (isFolder(path) || ending == ".obj" || ending == ".msh" || findWriter(path) != nullptr) return {};
     return path +
-           ": a name that ends in .obj, .msh, .vtu, .node, .ele, .poly, .geojson or .svg "
+           ": a folder, or a name that ends in .obj, .msh, .vtu, .node, .ele, .poly, .geojson or .svg "
            "expected";
 }
 
@@ -48,13 +52,25 @@ Exporter::Exporter(Norvik_2D& mesh_, const Subject& subject_)
 
 void Exporter::write(const std::string& path, MshVersion mshVersion) const {
     const std::string ending = endingOf(path);
-    if (ending == ".obj") {
+    if (isFolder(path)) {
+        writeScene(mesh, subject, path);
+    } else if (ending == ".obj") {
         writeObj(mesh, subject.pZone, path);
     } else if (ending == ".msh") {
         writeMsh(triangles, mshVersion, path);
     } else {
         findWriter(path)(triangles, path);
     }
+}
+
+void writeScene(Norvik_2D& mesh, const Subject& subject, const std::string& folder) {
+    std::error_code failure;
+    std::filesystem::create_directories(folder, failure);
+    ensureWritable((std::filesystem::path(folder) / "3d.obj").string());
+    if (subject.pZone != nullptr)
+        mesh.writeWebScene(folder.c_str(), subject.pZone);
+    else
+        mesh.writeWebScene(folder.c_str());
 }
 
 int exportMesh(const Options& options) {

@@ -23,3 +23,6 @@ private:
     const Subject& subject;
     IndexedMesh triangles;
 };
+
+/// Writes the folder that shows the mesh, or the zone of it, in a browser.
+void writeScene(KELMAR_NORVIK2D::Norvik_2D& mesh, const Subject& subject, const std::string& folder);

@@ -216,6 +216,16 @@ Command addExport(CLI::App& app, Options& options) {
     return {pCommand, exportMesh};
 }
 
+Command addView(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "view", "Make a folder that shows given triangles, or a triangulation, in a browser");
+    addSubject(*pCommand, options);
+    pCommand->add_option("--out", options.sceneFolder, "The folder")
+        ->type_name("FOLDER")
+        ->capture_default_str();
+    return {pCommand, view};
+}
+
 int run(const std::vector<Command>& commands, const Options& options) {
     const auto chosen = std::find_if(commands.begin(), commands.end(),
                                      [](const Command& command) { return command.first->parsed(); });
@@ -236,7 +246,7 @@ int main(int argc, char** argv) {
                                   addZones(app, options),       addCut(app, options),
                                   addMesh(app, options),        addImport(app, options)};
     for (const Command& command : commands) addMeshOptions(*command.first, options);
-    for (const auto add : {addCheck, addExport}) commands.push_back(add(app, options));
+    for (const auto add : {addCheck, addExport, addView}) commands.push_back(add(app, options));
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& reason) {

@@ -747,6 +747,19 @@ givenTrianglesAreCutAndRefined() {
     expect_lines_in out '^cut out: area 21.3333333333,' 1
 }
 
+scenesAreMade() {
+    box_poly
+    run view box.poly --out "new/it's here"
+    expect_status 0
+    expect_line "triangles: 8"
+    expect_line "serve it: python3 -m http.server --bind 127.0.0.1 --directory 'new/it'\\''s here' 8000"
+    for file in index.html jsc3d.js; do [[ -s "new/it's here/$file" ]] || fail "$file expected"; done
+    expect_lines_in "new/it's here/3d.obj" '^f' 8
+    run export box.poly --to scene
+    [[ -s scene/3d.obj ]] || fail "a scene expected"
+    refused 1 "can't be written" view box.poly --out box.poly
+}
+
 gmshAgrees() {
     command -v gmsh >/dev/null || skip "gmsh isn't there"
     box_poly
