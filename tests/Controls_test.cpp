@@ -1,0 +1,457 @@
+// What a program around the library needs beside geometry: messages, plain arrays, a way to stop, progress, many questions.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include "MeshArrays.h"
+#include "NorvikException.h"
+#include "bulkInsertion.h"
+#include "canonicalMesh.h"
+#include "captureOutput.h"
+#include "constraintLaws.h"
+#include "exactSigns.h"
+#include "meshDomains.h"
+#include "require.h"
+
+using namespace meshDomains;
+using exactSigns::orientationSign;
+using hardPoints::below, hardPoints::uniformPoints;
+
+namespace {
+
+using Message = std::tuple<MessageKind, std::string, std::string>;
+
+/// Hears of all messages during its lifetime.
+struct Messages {
+    std::vector<Message> vMessages;
+    std::atomic<int> numInside{0};
+    bool bTwoAtOnce = false;
+    MessageHandler previous;
+
+    Messages()
+        : previous(
+              setMessageHandler([this](MessageKind kind, const std::string& source, const std::string& text) {
+                  if (++numInside > 1) bTwoAtOnce = true;
+                  vMessages.emplace_back(kind, source, text);
+                  --numInside;
+              })) {}
+    ~Messages() { setMessageHandler(previous); }
+};
+
+/// All that goes to the two streams of the process, by whatever way.
+template <class Action>
+std::string processOutputOf(const Action& action) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    action();
+    std::cout.flush();
+    const std::string out = testing::internal::GetCapturedStdout();
+    return out + testing::internal::GetCapturedStderr();
+}
+
+/// Notes progress, and does something at one call.
+struct Listener : MsgBase {
+    std::vector<std::pair<std::string, double>> vHeard;
+    std::size_t when = 0;
+    std::function<void()> action;
+
+    void update(MsgType, const std::string& name, double value) override {
+        vHeard.emplace_back(name, value);
+        if (vHeard.size() == when) action();
+    }
+};
+
+/// Messages of all kinds, tables, files, and several threads.
+void talk() {
+    Meshed meshed(square);
+    Listener quiet;
+    meshed.mesh.subscribe(MSGTYPE_PROGRESS, &quiet);
+    meshed.mesh.remove(nullptr);
+    meshed.mesh.refine(nullptr, 20, 1, 2, true);
+    meshed.mesh.statistics("title");
+    meshed.pZone->statistics("title");
+    meshed.mesh.checkZoneQuality(meshed.pZone, 59, "Controls", AcceptExperimentalFeature());
+    meshed.mesh.show("Controls.ps");
+    meshed.mesh.writeObj("Controls.obj");
+    std::vector<Segment2> open{{Point2(0, 0), Point2(1, 0)}, {Point2(1, 0), Point2(1, 1)}};
+    sortRing(open);
+    std::vector<Point2> four(4);
+    Norvik_2D().importTriangles(four, true, true);
+    readXY("no such file", four);
+    for (int i = 0; i < 2; ++i) timer("timer");
+    fatBar("bar");
+    std::vector<std::thread> vThreads;
+    for (int t = 0; t < 3; ++t)
+        vThreads.emplace_back([] {
+            Norvik_2D mesh;
+            for (int i = 0; i < 50; ++i) mesh.insert(Point2(std::nan(""), 0));
+        });
+    for (std::thread& thread : vThreads) thread.join();
+    Norvik_2D many;
+    many.setNumCPU(3);
+    many.subscribe(MSGTYPE_PROGRESS, &quiet);
+    many.insert(uniformPoints(120000, 1));
+    EXPECT_THROW(require(false, "condition"), NorvikException);
+}
+
+}  // namespace
+
+TEST(MessageHandler, GetsAllThatWouldGoToTheStreams) {
+    EXPECT_NE(processOutputOf(talk), "");
+    EXPECT_EQ(processOutputOf([] {
+                  const MessageHandler before = setMessageHandler(silentMessageHandler());
+                  EXPECT_FALSE(before);
+                  talk();
+                  setMessageHandler(before);
+              }),
+              "");
+    EXPECT_EQ(processOutputOf([] {
+                  Messages messages;
+                  talk();
+                  EXPECT_FALSE(messages.bTwoAtOnce);
+                  EXPECT_EQ(std::count_if(messages.vMessages.begin(), messages.vMessages.end(),
+                                          [](const Message& m) {
+                                              return std::get<2>(m).find("finite") != std::string::npos;
+                                          }),
+                            150);
+              }),
+              "");
+    EXPECT_NE(processOutputOf([] { warning("source", "text"); }), "");
+}
+
+TEST(MessageHandler, GetsKindSourceAndBareText) {
+    const struct {
+        std::function<void()> action;
+        std::vector<Message> vExpected;
+    } cases[] = {
+        {[] { warning("source", "text"); }, {{MK_WARNING, "source", "text"}}},
+        {[] { error("source", "text"); }, {{MK_ERROR, "source", "text"}}},
+        {[] { info("source", "text"); }, {{MK_INFO, "source", "text"}}},
+        {[] { info("", "text"); }, {{MK_INFO, "", "text"}}},
+        {[] { timer("t"); }, {{MK_PLAIN, "", "...Timer [t] start\n"}}},
+        {[] { Norvik_2D().refine(nullptr, 20, 1, 2, true); },
+         {{MK_PLAIN, "", "\nWarning: Norvik_2D::refine(..) has been called with pZone==NULL\n\n"}}},
+        {[] { EXPECT_THROW(require(false, "c", "/x/dt2Library/f.cpp", 7), NorvikException); },
+         {{MK_ERROR, "Norvik, ", "Condition [ c failed ]"}, {MK_PLAIN, "", "      dt2Library/f.cpp:7\n"}}},
+    };
+    for (const auto& [action, vExpected] : cases) {
+        Messages messages;
+        action();
+        EXPECT_EQ(messages.vMessages, vExpected);
+    }
+}
+
+namespace {
+
+/// What is wrong with the arrays of a mesh, or of a zone; empty if nothing is.
+std::string arrayFaults(Norvik_2D& mesh, Zone2* pZone) {
+    std::string faults;
+    const auto expect = [&faults](bool bHolds, const char* fault) {
+        if (!bHolds && faults.size() < 300) faults += std::string(fault) + "; ";
+    };
+    MeshArrays arrays;
+    for (int i = 0; i < 2; ++i) pZone != nullptr ? mesh.exportMesh(pZone, arrays) : mesh.exportMesh(arrays);
+    Triangles vAll = trianglesOf(mesh), vTriangles;
+    const auto sKept = zoneLaws::setOf(pZone != nullptr ? trianglesOf(pZone) : vAll);
+    std::copy_if(vAll.begin(), vAll.end(), std::back_inserter(vTriangles),
+                 [&](Triangle2* pT) { return sKept.count(pT) != 0; });
+    std::vector<Point2*> vPoints;
+    if (pZone == nullptr) mesh.getVertexPointers(vPoints);
+    std::map<const void*, std::int64_t> mNumber{{nullptr, -1}};
+    for (const Point2* pVtx : vPoints) mNumber.emplace(pVtx, mNumber.size() - 1);
+    for (const Triangle2* pT : vTriangles)
+        for (int i = 0; i < 3 && pZone != nullptr; ++i)
+            if (mNumber.emplace(pT->getCorner(i), mNumber.size() - 1).second)
+                vPoints.push_back(pT->getCorner(i));
+    for (std::size_t t = 0; t < vTriangles.size(); ++t) mNumber[vTriangles[t]] = static_cast<std::int64_t>(t);
+
+    expect(arrays.numberOfPoints() == static_cast<std::int64_t>(vPoints.size()), "number of points");
+    expect(arrays.numberOfTriangles() == static_cast<std::int64_t>(vTriangles.size()), "number of triangles");
+    std::vector<double> coordinates;
+    std::vector<int> customIndices;
+    for (const Point2* pVtx : vPoints) {
+        coordinates.insert(coordinates.end(), {pVtx->x(), pVtx->y()});
+        customIndices.push_back(pVtx->getCustomIndex());
+    }
+    expect(arrays.coordinates == coordinates, "points in order");
+    expect(arrays.customIndices == customIndices, "custom indices");
+    std::vector<std::int64_t> corners, neighbours;
+    std::vector<std::uint8_t> flags;
+    for (Triangle2* pT : vTriangles)
+        for (int i = 0; i < 3; ++i) {
+            Triangle2* pU = pT->getOppositeTriangle(i);
+            corners.push_back(mNumber.at(pT->getCorner(i)));
+            neighbours.push_back(sKept.count(pU) != 0 ? mNumber.at(pU) : -1);
+            flags.push_back(mesh.isConstraint(pT, i) ? 1 : 0);
+        }
+    expect(arrays.corners == corners, "corners");
+    expect(arrays.neighbours == neighbours, "neighbours");
+    expect(arrays.constraintFlags == flags, "flags");
+    return faults;
+}
+
+}  // namespace
+
+TEST(MeshArrays, SayWhatThePointersSay) {
+    std::vector<MeshArrays> vRuns(2);
+    for (MeshArrays& run : vRuns) {
+        Meshed meshed({"walled", {box(0, 0, 10, 10)}, {{{2, 2}, {8, 3}}}});
+        Polygon points = uniformPoints(200, 1);
+        for (std::size_t i = 0; i < points.size(); ++i) points[i].setCustomIndex(static_cast<int>(i));
+        const auto handles = insertBulk(meshed.mesh, points);
+        for (std::size_t i = 0; i < 50; ++i) meshed.mesh.remove(handles[i]);
+        meshed.mesh.insert(Polygon{{20, 5}, {-20, 5}});
+        EXPECT_EQ(arrayFaults(meshed.mesh, nullptr), "");
+        EXPECT_EQ(arrayFaults(meshed.mesh, meshed.pZone), "");
+        meshed.mesh.exportMesh(run);
+    }
+    EXPECT_EQ(vRuns[0].coordinates, vRuns[1].coordinates);
+    EXPECT_TRUE(vRuns[0].corners == vRuns[1].corners && vRuns[0].neighbours == vRuns[1].neighbours);
+
+    Norvik_2D collinear;
+    collinear.insert(Polygon{{0, 0}, {1, 1}});
+    Meshed meshed(square);
+    const std::function<void(MeshArrays&)> mistakes[] = {
+        [&](MeshArrays& out) { collinear.exportMesh(out); },
+        [&](MeshArrays& out) { collinear.exportMesh(meshed.pZone, out); },
+        [&](MeshArrays& out) { meshed.mesh.exportMesh(nullptr, out); }};
+    for (const auto& mistake : mistakes) {
+        Messages messages;
+        MeshArrays arrays = vRuns[0];
+        mistake(arrays);
+        EXPECT_EQ(arrays.numberOfPoints() + arrays.numberOfTriangles(), 0);
+        EXPECT_TRUE(arrays.customIndices.empty() && arrays.neighbours.empty() &&
+                    arrays.constraintFlags.empty());
+        EXPECT_TRUE(messages.vMessages.size() == 1 && std::get<0>(messages.vMessages[0]) == MK_WARNING);
+    }
+}
+
+namespace {
+
+/// Bulk insertion into a mesh that may hold points already, with or without triangles.
+template <int numCPU, bool bArray, int numOld>
+struct Insertion {
+    Norvik_2D subject;
+    Polygon points = uniformPoints(2000, 1);
+    std::vector<Point2*> vOld, handles;
+
+    Insertion() {
+        points.insert(points.begin(), points.begin() + 300, points.begin() + 600);
+        for (int i = 0; i < numOld; ++i)
+            points[static_cast<std::size_t>(i)] = Point2(i, numOld < 99 ? 0 : i % 7);
+        subject.setNumCPU(numCPU);
+        vOld = insertEach(subject, Polygon(points.begin(), points.begin() + numOld));
+    }
+    void operate() { handles = bArray ? insertArray(subject, points) : insertBulk(subject, points); }
+
+    std::string faults(bool bCancelled) {
+        if (!bCancelled) return lawsBroken(subject) + handlesBroken(subject, points, handles);
+        Polygon inserted(points.begin(), points.begin() + numOld);
+        std::vector<Point2*> vInserted = vOld;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            if (handles[i] == nullptr) continue;
+            inserted.push_back(points[i]);
+            vInserted.push_back(handles[i]);
+        }
+        if (inserted.size() == points.size() + numOld) return "nothing is left out";
+        return lawsBroken(subject) + handlesBroken(subject, inserted, vInserted);
+    }
+};
+
+struct Application {
+    Norvik_2D subject;
+    Demands demands{subject};
+
+    Application() {
+        Rng rng(1);
+        demands.create(zoneLaws::ring(zoneLaws::star(rng, 150, {0, 0}, 3, 10)), CIS_CONFORMING_DELAUNAY);
+    }
+    void operate() { subject.applyConstraintsAndZones(); }
+    std::string faults(bool bCancelled) { return demands.check(!bCancelled); }
+};
+
+struct Refining {
+    Meshed meshed{square};
+    Norvik_2D& subject = meshed.mesh;
+
+    void operate() { meshed.refine({.maxEdge = 0.5}); }
+    std::string faults(bool bCancelled) {
+        double longest = 0;
+        for (const Triangle2* pT : trianglesOf(meshed.pZone))
+            for (int i = 0; i < 3; ++i)
+                longest =
+                    std::max(longest, Segment2(*pT->getCorner(i), *pT->getCorner((i + 1) % 3)).getSqLen2D());
+        return meshed.faults() + (bCancelled || longest <= 0.25 ? "" : "not done");
+    }
+};
+
+struct Checking {
+    Segments segments;
+    std::vector<Segment2*> vPointers, vIllegal, vAllIllegal;
+    SegmentChecker subject;
+
+    Checking() {
+        Rng rng(1);
+        segments = hardSegments::fan(rng, 500, 1.0);
+        for (const Segment2& crossing : hardSegments::kinds[0].make(rng, 50)) segments.push_back(crossing);
+        for (Segment2& segment : segments) vPointers.push_back(&segment);
+        subject.addSegments(vPointers);
+        SegmentChecker(vPointers).getIllegalSegments(true, vAllIllegal);
+    }
+    void operate() { subject.getIllegalSegments(true, vIllegal); }
+    std::string faults(bool bCancelled) {
+        if (!bCancelled) return vIllegal == vAllIllegal ? "" : "not all";
+        return std::includes(vAllIllegal.begin(), vAllIllegal.end(), vIllegal.begin(), vIllegal.end(),
+                             std::less<>())
+                   ? ""
+                   : "others";
+    }
+};
+
+}  // namespace
+
+/// Operations that can be stopped, each on a state of its own.
+template <class State>
+class Cancel : public testing::Test {};
+using CancellableOperations =
+    testing::Types<Insertion<1, false, 0>, Insertion<1, false, 20>, Insertion<1, true, 300>,
+                   Insertion<2, false, 0>, Insertion<2, false, 20>, Insertion<2, false, 300>, Application,
+                   Refining, Checking>;
+TYPED_TEST_SUITE(Cancel, CancellableOperations);
+
+TYPED_TEST(Cancel, AtEveryTenthStepLeavesAValidStateFromWhichWorkGoesOn) {
+    bool bReached = true;
+    std::size_t numCancelled = 0;
+    for (std::size_t when = 1; bReached; when += 10) {
+        SCOPED_TRACE(when);
+        TypeParam state;
+        Listener listener;
+        listener.when = when;
+        listener.action = [&] { std::thread([&] { state.subject.requestCancel(); }).join(); };
+        state.subject.requestCancel();  // too early to matter
+        state.subject.subscribe(MSGTYPE_PROGRESS, &listener);
+        state.operate();
+        state.subject.unsubscribe(MSGTYPE_PROGRESS, &listener);
+        bReached = listener.vHeard.size() >= when;
+        const bool bCancelled = state.subject.wasCancelled();
+        EXPECT_TRUE(bReached || !bCancelled);
+        EXPECT_TRUE(bCancelled || !bReached || listener.vHeard[when - 1].second > 0.9);
+        ASSERT_EQ(state.faults(bCancelled), "");
+        numCancelled += bCancelled ? 1 : 0;
+        state.operate();
+        EXPECT_FALSE(state.subject.wasCancelled());
+        ASSERT_EQ(state.faults(false), "");
+    }
+    EXPECT_GT(numCancelled, 2U);
+}
+
+TEST(ProgressPhases, CutAndImportHaveOneEach) {
+    Norvik_2D mesh, imported;
+    mesh.insert(uniformPoints(20000, 1));
+    Polygon soup;
+    for (const Triangle2* pT : trianglesOf(mesh))
+        for (int i = 0; i < 3; ++i) soup.push_back(*pT->getCorner(i));
+    soup.resize(soup.size() / 6 * 3);
+    Rng rng(1);
+    const auto expectOnePhase = [](Norvik_2D& subject, const char* name, const auto& operation) {
+        Listener listener;
+        subject.subscribe(MSGTYPE_PROGRESS, &listener);
+        operation();
+        std::vector<double> values;
+        for (const auto& [heard, value] : listener.vHeard) {
+            EXPECT_EQ(heard, name);
+            values.push_back(value);
+        }
+        EXPECT_GT(values.size(), 5U) << name;
+        EXPECT_TRUE(std::is_sorted(values.begin(), values.end())) << name;
+        EXPECT_EQ(std::count(values.begin(), values.end(), 1.0), 1) << name;
+        EXPECT_TRUE(!values.empty() && values.back() == 1.0) << name;
+        subject.unsubscribe(MSGTYPE_PROGRESS, &listener);
+    };
+    for (const bool bWithConstraints : {false, true})
+        expectOnePhase(mesh, "cutTriangles", [&] {
+            const Segments knives = hardSegments::fan(rng, 50, 1.0);
+            mesh.cutTriangles(knives, bWithConstraints);
+        });
+    expectOnePhase(imported, "importTriangles",
+                   [&] { EXPECT_NE(imported.importTriangles(soup, true, false), nullptr); });
+}
+
+TEST(OriginalSegments, AreThoseThatAPieceIsAPartOf) {
+    using Records = std::vector<ConstraintSegment2*>;
+    for (const hardSegments::Kind& kind : hardSegments::kinds) {
+        Rng rng(1);
+        Norvik_2D mesh;
+        const ConstraintGraph2* graphs[2];
+        std::map<ConstraintSegment2*, Records> mRootsOf[2];
+        CaptureOutput output;
+        for (auto& pGraph : graphs)
+            pGraph = mesh.createConstraint(hardSegments::spoilt(kind.make(rng, 12), rng),
+                                           CIS_CONSTRAINED_DELAUNAY);
+        for (const int g : {0, 1}) {
+            Records vRoots;
+            graphs[g]->getOriginalConstraintSegments(vRoots);
+            for (ConstraintSegment2* pRoot : vRoots) {
+                std::set<ConstraintSegment2*> sBelow;
+                for (Records vOpen{pRoot}; !vOpen.empty();) {
+                    ConstraintSegment2 *pRecord = vOpen.back(), *pChild0 = nullptr, *pChild1 = nullptr;
+                    Point2* pSplit = nullptr;
+                    vOpen.pop_back();
+                    if (!sBelow.insert(pRecord).second || pRecord->isAlive()) continue;
+                    pRecord->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
+                    vOpen.insert(vOpen.end(), {pChild0, pChild1});
+                }
+                for (ConstraintSegment2* pRecord : sBelow) mRootsOf[g][pRecord].push_back(pRoot);
+            }
+        }
+        CaptureOutput silence;
+        for (const int g : {0, 1})
+            for (auto* pRoots : {&mRootsOf[0], &mRootsOf[1]})
+                for (const auto& entry : *pRoots) {
+                    Records vExpected = mRootsOf[g][entry.first], vTold{nullptr};
+                    std::sort(vExpected.begin(), vExpected.end(), std::less<>());
+                    vExpected.insert(vExpected.begin(), nullptr);
+                    graphs[g]->getOriginalSegments(entry.first, vTold);
+                    ASSERT_EQ(vTold, vExpected) << kind << ": appended, by address";
+                }
+        EXPECT_EQ(silence.out(), "");
+    }
+}
+
+TEST(LocateMany, AnswersAsManySingleQuestions) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const hardPoints::Kind& kind : hardPoints::kinds) {
+        SCOPED_TRACE(kind);
+        Rng rng(1);
+        Norvik_2D mesh;
+        const Polygon points = makePoints(kind, 150, rng);
+        mesh.insert(points);
+        Polygon queries = joined(points, makePoints(kind, 300, rng));
+        for (int i = 0; i < 60; ++i) {
+            const Point2 &p = points[rng() % 150], &q = points[rng() % 150];
+            queries.emplace_back(0.5 * p.x() + 0.5 * q.x(), 0.5 * p.y() + 0.5 * q.y());
+        }
+        for (const double far : {-1e308, 1e308})
+            queries.insert(queries.end(), {{far, 0}, {0, far}, {far, far}});
+        for (const bool bFinite : {true, false}) {
+            if (!bFinite) queries.insert(queries.begin() + 7, {{std::nan(""), 0}, {0, infinity}});
+            Triangles vTold(3);
+            CaptureOutput output;
+            mesh.locate(queries, vTold);
+            EXPECT_EQ(countOf(output.out(), "WARNING"), bFinite ? 0 : 1);
+            ASSERT_EQ(vTold.size(), queries.size());
+            for (std::size_t i = 0; i < queries.size(); ++i) {
+                const Triangle2* pT = vTold[i];
+                ASSERT_EQ(pT != nullptr, mesh.locate(queries[i]) != nullptr) << queries[i];
+                for (int k = 0; pT != nullptr && k < 3; ++k)
+                    ASSERT_GE(orientationSign(*pT->getCorner(k), *pT->getCorner((k + 1) % 3), queries[i]), 0)
+                        << queries[i];
+            }
+        }
+        Triangles vTold(3);
+        mesh.locate(Polygon(), vTold);
+        EXPECT_TRUE(vTold.empty());
+    }
+}
