@@ -341,10 +341,8 @@ TEST(ProgressPhases, CutAndImportHaveOneEach) {
         subject.unsubscribe(MSGTYPE_PROGRESS, &listener);
     };
     for (const bool bWithConstraints : {false, true})
-        expectOnePhase(mesh, "cutTriangles", [&] {
-            const Segments knives = hardSegments::fan(rng, 50, 1.0);
-            mesh.cutTriangles(knives, bWithConstraints);
-        });
+        expectOnePhase(mesh, "cutTriangles",
+                       [&] { mesh.cutTriangles(hardSegments::fan(rng, 50, 1.0), bWithConstraints); });
     expectOnePhase(imported, "importTriangles", [&] { imported.importTriangles(soup, true, false); });
 }
 
@@ -386,6 +384,9 @@ TEST(OriginalSegments, AreThoseThatAPieceIsAPartOf) {
                     ASSERT_EQ(vTold, vExpected) << kind << ": appended, by address";
                 }
         EXPECT_EQ(silence.out(), "");
+        Records vNone;
+        graphs[0]->getOriginalSegments(nullptr, vNone);
+        EXPECT_TRUE(vNone.empty() && silence.told("WARNING"));
     }
 }
 
