@@ -354,9 +354,13 @@ TEST(OriginalSegments, AreThoseThatAPieceIsAPartOf) {
         const ConstraintGraph2* graphs[2];
         std::map<ConstraintSegment2*, Records> mRootsOf[2];
         CaptureOutput output;
-        for (auto& pGraph : graphs)
+        for (auto& pGraph : graphs) {
             pGraph = mesh.createConstraint(hardSegments::spoilt(kind.make(rng, 12), rng),
                                            CIS_CONSTRAINED_DELAUNAY);
+            Records vPieces, vTold;
+            graphs[0]->getChildConstraintSegments(vPieces);
+            graphs[0]->getOriginalSegments(vPieces[0], vTold);  // asked before they are divided further
+        }
         for (const int g : {0, 1}) {
             Records vRoots;
             graphs[g]->getOriginalConstraintSegments(vRoots);
