@@ -9,11 +9,11 @@ shift 2
 cd "$(dirname "$0")/../.."
 mkdir -p "$work"
 
-# Programs first, then functions, all of a page in one source; messages name the page and its line.
-source_of() {
+# All pages in one source; messages name the page and its line.
+{
     echo '#include "pages.h"'
-    awk -v page="$1" '
-        /^```cpp$/ { inside = 1; isProgram = 0; code = "#line " NR + 1 " \"" page "\"\n"; next }
+    awk '
+        /^```cpp$/ { inside = 1; isProgram = 0; code = "#line " FNR + 1 " \"" FILENAME "\"\n"; next }
         /^```$/ && inside {
             inside = 0
             name = "block" ++count
@@ -23,13 +23,9 @@ source_of() {
         }
         inside && /^#include/ { print; $0 = "" }
         inside && /^int main/ { isProgram = 1; sub(/int main/, "void program") }
-        inside { code = code $0 "\n" }' "$1"
-}
-
-for page in README.md docs/*.md; do
-    source_of "$page" >"$work/page.cpp"
-    "$compiler" -std=c++17 -fsyntax-only -Wall -Wextra -Werror -Wno-unused -Itests/examples "${@/#/-I}" "$work/page.cpp"
-done
+        inside { code = code $0 "\n" }' README.md docs/*.md
+} >"$work/pages.cpp"
+"$compiler" -std=c++17 -fsyntax-only -Wall -Wextra -Werror -Wno-unused -Itests/examples "${@/#/-I}" "$work/pages.cpp"
 
 # The example has one line more, which says what it is.
 diff <(sed -n '/^```cpp$/,/^```$/{/^```/!p}' README.md) <(tail -n +2 examples/firstTriangles.cpp) ||
