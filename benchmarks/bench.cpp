@@ -17,7 +17,7 @@
 #include "Peer.h"
 #include "checkRows.h"
 #include "constraintRows.h"
-#include "exportRows.h"
+#include "exchangeRows.h"
 #include "meshRows.h"
 #include "pointSets.h"
 #include "table.h"
@@ -194,7 +194,7 @@ std::vector<NamedRow> allRows() {
     std::vector<NamedRow> rows;
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
-    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), checkRows(), meshRows(), exportRows()})
+    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), checkRows(), meshRows(), exchangeRows()})
         rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;

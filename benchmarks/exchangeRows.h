@@ -4,4 +4,4 @@
 
 #include "constraintRows.h"
 
-std::vector<NamedRow> exportRows();
+std::vector<NamedRow> exchangeRows();
