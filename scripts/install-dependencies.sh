@@ -80,8 +80,7 @@ need_for_docs() {
 }
 
 need_for_package() {
-    need_for_library
-    need_header CLI/CLI.hpp libcli11-dev
+    need_for_tool
     need_command dpkg-shlibdeps dpkg-dev
 }
 

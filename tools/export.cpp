@@ -48,7 +48,7 @@ std::string complaintAboutOutput(const std::string& path) {
 }
 
 Exporter::Exporter(Norvik_2D& mesh_, const Subject& subject_)
-    : mesh(mesh_), subject(subject_), triangles(takeMesh(mesh, subject.pZone, subject.regions)) {}
+    : mesh(mesh_), subject(subject_), triangles(takeMesh(mesh, subject)) {}
 
 void Exporter::write(const std::string& path, MshVersion mshVersion) const {
     const std::string ending = endingOf(path);

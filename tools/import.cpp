@@ -11,8 +11,8 @@ using namespace KELMAR_NORVIK2D;
 
 namespace {
 
-void printSummary(Norvik_2D& mesh, const Zone2& zone, double seconds) {
-    const IndexedMesh taken = takeMesh(mesh, &zone, {});
+void printSummary(Norvik_2D& mesh, Zone2& zone, double seconds) {
+    const IndexedMesh taken = takeMesh(mesh, {&zone, {}, true});
     const std::vector<BorderPolygon> vParts = findBorders(taken);
     std::size_t numRings = 0;
     for (const BorderPolygon& part : vParts) numRings += part.rings.size();

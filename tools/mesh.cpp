@@ -2,12 +2,14 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "commands.h"
 #include "domain.h"
 #include "inputFiles.h"
 #include "meshQuality.h"
+#include "outputMesh.h"
 #include "subject.h"
 
 using namespace KELMAR_NORVIK2D;
@@ -61,35 +63,34 @@ void printSummary(Norvik_2D& mesh, MeshGenParams& params, const Options& options
     printQuality(measureQuality(mesh, params), options.mesh);
 }
 
-/// What the file holds, and the zone of what is meant by it.
-Zone2* readDomain(Norvik_2D& mesh, Input& input, Rings& rings, const Options& options) {
-    if (holdsTriangles(options.input))
-        return importTriangles(mesh, readTriangles(options.input), options.input, true, false);
-    addDrawing(readSegments(options.input), input);
-    return makeDomain(mesh, input, rings, options.input);
-}
-
-/// Refinement asks for one graph around all of it. Zones of given triangles have one for each ring of their border.
-Zone2* boundByOneGraph(Norvik_2D& mesh, Zone2* pDomain, const std::string& path) {
-    if (pDomain->getZoneLocation() == ZL_INSIDE) {
-        std::vector<Triangle2*> vTriangles;
-        pDomain->getTriangles(vTriangles);
-        pDomain = makeZone(mesh, vTriangles, path);
-    }
-    Zone2* const pBounded = pDomain->convertToBoundedZone();
-    if (pBounded == nullptr) throw std::runtime_error(path + ": the domain is too thin for doubles");
-    return pBounded;
+/// The vertices and the outline of given triangles. They are not refined as they are imported: then some of their inner edges are
+/// constraints where they have holes.
+void addGivenTriangles(const std::string& path, Input& input) {
+    Norvik_2D given;
+    const Subject subject{importTriangles(given, readTriangles(path), path, true, false), {}, true};
+    IndexedMesh taken = takeMesh(given, subject);
+    for (const auto& [src, trg] : taken.constraints)
+        input.segments.emplace_back(taken.points[src], taken.points[trg]);
+    input.points = std::move(taken.points);
+    input.holes = std::move(taken.holes);
+    input.bEnclosed = true;
 }
 
 }  // namespace
 
 int makeMesh(const Options& options) {
-    Norvik_2D mesh;
+    Input input;
+    if (holdsTriangles(options.input))
+        addGivenTriangles(options.input, input);
+    else
+        addDrawing(readSegments(options.input), input);
+    Norvik_2D mesh(static_cast<unsigned int>(input.points.size() + input.segments.size()));
     mesh.setName(options.input);
     mesh.setNumCPU(options.numThreads);
-    Input input;
     Rings rings;
-    Zone2* const pDomain = boundByOneGraph(mesh, readDomain(mesh, input, rings, options), options.input);
+    // Refinement asks for one graph around all of it.
+    Zone2* const pDomain = makeDomain(mesh, input, rings, options.input)->convertToBoundedZone();
+    if (pDomain == nullptr) throw std::runtime_error(options.input + ": the domain is too thin for doubles");
     MeshGenParams params = makeParams(pDomain, options.mesh);
     const double seconds = doTimed(mesh, options, [&] { mesh.refineAdvanced(&params); });
 

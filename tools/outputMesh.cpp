@@ -8,14 +8,14 @@ namespace {
 
 class MeshTaker {
 public:
-    MeshTaker(Norvik_2D& mesh, const Zone2* pZone)
-        : view(mesh), arrays(view.getArrays()), kept(view.trianglesOf(pZone)) {}
+    MeshTaker(Norvik_2D& mesh, const Subject& subject_)
+        : subject(subject_), view(mesh), arrays(view.getArrays()), kept(view.trianglesOf(subject.pZone)) {}
 
-    IndexedMesh take(const std::vector<Region>& regions) {
+    IndexedMesh take() {
         takeTriangles();
         for (std::size_t i = 0; i < view.size(); ++i)
             if (kept[i]) takeNeighbours(i);
-        if (!regions.empty()) takeRegions(regions);
+        if (!subject.regions.empty()) takeRegions();
         takeHoles();
         return std::move(out);
     }
@@ -56,18 +56,18 @@ private:
         for (std::size_t k = 0; k < 3; ++k) {
             const std::int64_t neighbour = arrays.neighbours[3 * old + k];
             neighbours.at(k) = neighbour < 0 ? -1 : vNewTriangles[static_cast<std::size_t>(neighbour)];
-            const bool bBorder = neighbours.at(k) < 0;
             // An inner edge is taken once, with the triangle of the lower number.
-            if (bBorder ||
-                (arrays.constraintFlags[3 * old + k] != 0 && vNewTriangles[old] < neighbours.at(k)))
+            const bool bInner = !subject.bGiven && arrays.constraintFlags[3 * old + k] != 0 &&
+                                vNewTriangles[old] < neighbours.at(k);
+            if (bInner || neighbours.at(k) < 0)
                 out.constraints.push_back({triangle.at((k + 1) % 3), triangle.at((k + 2) % 3)});
         }
         out.neighbours.push_back(neighbours);
     }
 
-    void takeRegions(const std::vector<Region>& regions) {
+    void takeRegions() {
         out.regions.assign(out.triangles.size(), 0.0);
-        for (const Region& region : regions) {
+        for (const Region& region : subject.regions) {
             MeshView::Set reached = view.none();
             view.addReachable(region.seed, reached);
             for (std::size_t i = 0; i < view.size(); ++i)
@@ -103,6 +103,7 @@ private:
         return bReachesHull;
     }
 
+    const Subject& subject;
     MeshView view;
     const MeshArrays& arrays;
     MeshView::Set kept;
@@ -112,6 +113,4 @@ private:
 
 }  // namespace
 
-IndexedMesh takeMesh(Norvik_2D& mesh, const Zone2* pZone, const std::vector<Region>& regions) {
-    return MeshTaker(mesh, pZone).take(regions);
-}
+IndexedMesh takeMesh(Norvik_2D& mesh, const Subject& subject) { return MeshTaker(mesh, subject).take(); }

@@ -79,14 +79,15 @@ Zone2* importTriangles(Norvik_2D& mesh, IndexedMesh given, const std::string& pa
 
 Subject makeSubject(Norvik_2D& mesh, const Options& options) {
     const std::string& path = options.input;
-    if (holdsTriangles(path)) return {importTriangles(mesh, readTriangles(path), path, true, false), {}};
+    if (holdsTriangles(path))
+        return {importTriangles(mesh, readTriangles(path), path, true, false), {}, true};
     Input input;
     addDrawing(readDrawing(path), input);
     Rings rings;
     if (input.bEnclosed || input.bPolygons || options.bInside)
-        return {makeDomain(mesh, input, rings, path), input.regions};
+        return {makeDomain(mesh, input, rings, path), input.regions, false};
     rings.vLoose = input.segments;
     insertAll(mesh, input, rings);
     if (!mesh.is2D()) failFile(path, "there are no triangles");
-    return {nullptr, {}};
+    return {};
 }

@@ -16,6 +16,7 @@ KELMAR_NORVIK2D::Zone2* importTriangles(KELMAR_NORVIK2D::Norvik_2D& mesh, Indexe
 struct Subject {
     KELMAR_NORVIK2D::Zone2* pZone = nullptr;  ///< null: the whole mesh
     std::vector<Region> regions;
+    bool bGiven = false;  ///< whether the triangles were imported
 };
 
 /// Fills an empty mesh with what the input file holds: its triangles, or a triangulation of its points or segments. The zone is

@@ -734,6 +734,14 @@ givenTrianglesAreCutAndRefined() {
     expect_status 0
     expect_lines_in out '^domain: area 98,' 1
     expect_missing 0 0
+    # Edges between the sides of a ring are no constraints.
+    (rectangle 0 0 9 9 && rectangle 3 3 6 6) >ring.seg
+    run export ring.seg --inside --to ring.obj
+    run mesh ring.obj --min-angle 30 --check
+    expect_lines_in out '^domain: area 72,' 1
+    expect_missing 0 0
+    run export ring.obj --to ring.poly
+    grep -qx '8 0' ring.poly || fail "8 segments expected"
     sed '/^v 2[02]/d; /^f 5/d' two.obj >kite.obj
     for shape in "" --keep-shape; do
         run cut kite.obj --knife -2,2,14,2 --check $shape --obj cut.obj
