@@ -432,11 +432,10 @@ const JSC3D = (() => {
 
     const ANGLE_RGB = ANGLE_COLORS.map(rgbOf);
 
-    /** The CSS colour of an angle, 255 for 60 degrees. */
-    function colorOfAngle(angle) {
+    /** The colour of an angle, 255 for 60 degrees. */
+    function rgbOfAngle(angle) {
         const at = angle / 255 * (ANGLE_RGB.length - 1), i = Math.min(Math.floor(at), ANGLE_RGB.length - 2);
-        const mixed = ANGLE_RGB[i].map((c, k) => Math.round(255 * (c + (ANGLE_RGB[i + 1][k] - c) * (at - i))));
-        return `rgb(${mixed.join(",")})`;
+        return ANGLE_RGB[i].map((c, k) => c + (ANGLE_RGB[i + 1][k] - c) * (at - i));
     }
 
     // ---- Drawing with WebGL
@@ -667,10 +666,6 @@ const JSC3D = (() => {
         return meets(0, view.width / 2 / view.scale) && meets(1, view.height / 2 / view.scale);
     }
 
-    function isSmall([p, q, r], size) {
-        return [0, 1].every((k) => Math.max(p[k], q[k], r[k]) - Math.min(p[k], q[k], r[k]) < size);
-    }
-
     /** The part of a polygon within the canvas, and so far around that the cuts aren't seen. All in pixels from the middle. */
     function cutToView(points, view) {
         const around = 8;
@@ -691,9 +686,13 @@ const JSC3D = (() => {
 
     // ---- Drawing without WebGL
 
-    /** Draws in slices, a view that changes meanwhile begins anew. What lies behind isn't hidden. */
+    const toCss = (rgb) => `rgb(${rgb.map((c) => Math.round(255 * c)).join(",")})`;
+    const toPixel = (rgb) => rgb.reduceRight((sum, c) => sum << 8 | Math.round(255 * c), 255) >>> 0;
+
+    /** Draws in slices; a view that changes meanwhile begins anew. What lies behind isn't hidden. */
     class CanvasRenderer {
         constructor(canvas) {
+            this.canvas = canvas;
             this.context = canvas.getContext("2d");
             this.name = "canvas";
             this.mesh = null;
@@ -711,72 +710,77 @@ const JSC3D = (() => {
             this.context.lineWidth = 1;
             this.context.lineJoin = "round";
             if (this.mesh === null) return;
-            this.covered = new Uint8Array(Math.ceil(view.width) * Math.ceil(view.height));
-            const colors = Array.from({ length: 32 }, (_, i) => colorOfAngle(8 * i));
-            const numTriangles = this.mesh.numTriangles;
+            // One colour, or those of eighths of the angles.
+            const colors = look.byAngle ? Array.from({ length: 32 }, (_, i) => rgbOfAngle(8 * i)) : [rgbOf(look.fillColor)];
+            const triangles = this.drawDots(view, look, colors, pixelRatio), styles = colors.map(toCss);
             // Where triangles are hardly larger than pixels edges fade.
-            const size = Math.sqrt(4 * view.scale * view.scale / numTriangles);
+            const size = Math.sqrt(4 * view.scale * view.scale / this.mesh.numTriangles);
             const edgeAlpha = look.edges ? Math.max(0, Math.min(1, (size - 1) / 10)) : 0;
             let next = 0;
             const drawSlice = () => {
                 const end = performance.now() + LONG_SLICE_MS;
-                while (next < numTriangles && performance.now() < end) {
-                    const last = Math.min(numTriangles, next + 500);
-                    this.drawTriangles(next, last, view, look, colors, edgeAlpha);
-                    next = last;
-                }
-                if (look.picked >= 0 && next === numTriangles)
-                    this.drawTriangles(look.picked, look.picked + 1, view, look, null, 1);
-                if (next < numTriangles)
+                for (; next < triangles.length && performance.now() < end; next += 500)
+                    this.drawTriangles(triangles.slice(next, next + 500), view, look, styles, edgeAlpha);
+                if (next < triangles.length)
                     requestAnimationFrame(() => drawing === this.drawing && drawSlice());
+                else if (look.picked >= 0)
+                    this.drawTriangles([look.picked], view, Object.assign({}, look, { filling: true }), [look.pickColor], 1);
             };
             drawSlice();
         }
 
-        /** Of triangles that are hardly larger than a pixel, one for each pixel is enough. */
-        drawSpeck([[right, up]], view, color) {
-            const x = Math.floor(view.width / 2 + right), y = Math.floor(view.height / 2 - up);
-            const pixel = y * Math.ceil(view.width) + x;
-            if (x < 0 || x >= view.width || this.covered[pixel] !== 0) return;
-            this.covered[pixel] = 1;
-            this.context.globalAlpha = 1;
-            this.context.fillStyle = color;
-            this.context.fillRect(x, y, 2, 2);  // no holes between it and the next
+        /** Triangles of hardly a pixel are dots of a picture that is made at once. Gives the others that may be seen. */
+        drawDots(view, look, colors, pixelRatio) {
+            const { width, height } = this.canvas, { corners, coordinates, center, half, angles } = this.mesh;
+            const image = this.context.createImageData(width, height), pixels = new Uint32Array(image.data.buffer);
+            const dots = look.filling ? colors.map(toPixel) : [toPixel(rgbOf(look.edgeColor))];
+            const [[rx, ry, rz], [ux, uy, uz]] = view.rows, [tx, ty, tz] = view.target, scale = view.scale * pixelRatio;
+            const x = new Float64Array(3), y = new Float64Array(3), others = [];
+            for (let i = 0; i < angles.length; ++i) {
+                for (let k = 0; k < 3; ++k) {
+                    const at = 3 * corners[3 * i + k], dx = (coordinates[at] - center[0]) / half - tx;
+                    const dy = (coordinates[at + 1] - center[1]) / half - ty, dz = (coordinates[at + 2] - center[2]) / half - tz;
+                    x[k] = width / 2 + scale * (rx * dx + ry * dy + rz * dz);
+                    y[k] = height / 2 - scale * (ux * dx + uy * dy + uz * dz);
+                }
+                const left = Math.min(x[0], x[1], x[2]), right = Math.max(x[0], x[1], x[2]);
+                const top = Math.min(y[0], y[1], y[2]), bottom = Math.max(y[0], y[1], y[2]);
+                if (right < 0 || left >= width || bottom < 0 || top >= height) continue;
+                if (right - left > 1.5 || bottom - top > 1.5) {
+                    others.push(i);
+                    continue;
+                }
+                // Two by two, so that there are no holes.
+                const first = Math.max(0, Math.floor(top)) * width + Math.max(0, Math.floor(left));
+                const dot = dots.length === 1 ? dots[0] : dots[angles[i] >> 3];
+                pixels[first] = pixels[first + 1] = pixels[first + width] = pixels[first + width + 1] = dot;
+            }
+            this.context.putImageData(image, 0, 0);
+            return others;
         }
 
-        /** Without colours: as picked. */
-        drawTriangles(begin, end, view, look, colors, edgeAlpha) {
-            const context = this.context, { mesh } = this;
-            let style = "", isOpen = false;
+        drawTriangles(triangles, view, look, styles, edgeAlpha) {
+            const context = this.context, { mesh } = this, far = 4 * Math.max(view.width, view.height);
+            let style = "";
             const flush = () => {
-                if (!isOpen) return;
-                if (look.filling || colors === null) {
-                    context.fillStyle = context.strokeStyle = style;
-                    context.globalAlpha = 1;
-                    context.fill();
-                    if (edgeAlpha < 1) context.stroke();  // or the ground would shine through between neighbours
-                }
+                context.globalAlpha = 1;
+                context.fillStyle = context.strokeStyle = style;
+                if (look.filling) context.fill();
+                if (look.filling && edgeAlpha < 1) context.stroke();  // or the ground would shine through between neighbours
                 context.globalAlpha = edgeAlpha;
                 context.strokeStyle = look.edgeColor;
                 if (edgeAlpha > 0) context.stroke();
-                isOpen = false;
             };
-            const far = 4 * Math.max(view.width, view.height);
-            for (let i = begin; i < end; ++i) {
+            context.beginPath();
+            for (const i of triangles) {
                 let points = [0, 1, 2].map((k) => view.pixelOf(mesh, mesh.corners[3 * i + k]));
                 // The canvas counts in floats: what reaches far is cut before.
                 if (points.some(([x, y]) => Math.abs(x) > far || Math.abs(y) > far)) points = cutToView(points, view);
-                if (points.length === 0) continue;
-                const own = colors === null ? look.pickColor : look.byAngle ? colors[mesh.angles[i] >> 3] : look.fillColor;
-                if (colors !== null && isSmall(points, 1.5)) {
-                    this.drawSpeck(points, view, look.filling ? own : look.edgeColor);
-                    continue;
-                }
-                if (own !== style || !isOpen) {
+                const own = styles.length === 1 ? styles[0] : styles[mesh.angles[i] >> 3];
+                if (own !== style) {
                     flush();
                     style = own;
                     context.beginPath();
-                    isOpen = true;
                 }
                 points.forEach(([x, y], k) => {
                     if (k === 0) context.moveTo(view.width / 2 + x, view.height / 2 - y);

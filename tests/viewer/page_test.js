@@ -291,6 +291,9 @@ test("files of others are read as far as possible, and else the page says what i
     await page.setInputFiles("#file", { name: "some.CTM", mimeType: "", buffer: Buffer.from("OCTM") });
     assert.strictEqual(await settled(page), "failed");
     assert.match(await page.textContent("#told"), /OpenCTM files aren't supported/);
+    await page.keyboard.press("Escape");
+    assert.match(await page.textContent("#summary"), /^1 triangle/, "the last mesh is still there");
+    assert.strictEqual(await page.isVisible("#message"), false);
     assert.deepStrictEqual(page.problems, []);
     await page.close();
 });
