@@ -194,7 +194,8 @@ std::vector<NamedRow> allRows() {
     std::vector<NamedRow> rows;
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
-    for (const std::vector<NamedRow>& more : {constraintRows(), zoneRows(), checkRows(), meshRows(), exchangeRows()})
+    for (const std::vector<NamedRow>& more :
+         {constraintRows(), zoneRows(), checkRows(), meshRows(), exchangeRows()})
         rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;
