@@ -418,10 +418,11 @@ private:
     bool isOneRing(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH, ConnectedComponent& all);
     bool makeGraphOfRing(const ConnectedComponent& component, std::vector<ConstraintGraph2*>& vGraphs,
                          std::vector<Segment2>& vBorder);
-    bool closeWithOuterTriangles(const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
-                                 std::vector<Point2*>& vBoxVertices);
+    bool closeWithOuterTriangles(const std::vector<Triangle2*>& vGivenT, const std::vector<Segment2>& vBorder,
+                                 PointMap& mPoints, OpenEdges& mKeyMCH, std::vector<Point2*>& vBoxVertices);
     void linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH);
-    void reportOpenEdges(const OpenEdges& mKeyMCH);
+    static std::ptrdiff_t countOpenEdges(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH);
+    void reportOpenEdges(const OpenEdges& mKeyMCH, std::ptrdiff_t numOpen);
 
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);

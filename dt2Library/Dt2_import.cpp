@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
 #include <memory>
 #include <tuple>
 #include <utility>
@@ -106,7 +109,7 @@ Zone2* Dt2::importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bK
     if (!makeBorderConstraints(vGivenT, mKeyMCH, vGraphs, vBorder)) return nullptr;
     Zone2* const pZone = createZone(vGraphs, ZL_INSIDE);
     std::vector<Point2*> vBoxVertices;
-    if (!closeWithOuterTriangles(vBorder, mPoints, mKeyMCH, vBoxVertices)) return nullptr;
+    if (!closeWithOuterTriangles(vGivenT, vBorder, mPoints, mKeyMCH, vBoxVertices)) return nullptr;
     if (!bKeepBox) {
         TriangleMarks givenTriangles(trianglePool);
         for (const Triangle2* pT : vGivenT) givenTriangles.insert(pT);
@@ -175,7 +178,7 @@ bool Dt2::CAT_reorient(std::vector<Point2>& vPoints, PointMap& mPoints) {
 
 bool Dt2::CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges& mKeyMCH,
                                              std::vector<Triangle2*>& vGivenT, ProgressPhase& phase) {
-    constexpr std::size_t stretch = 1024, ahead = 8;
+    constexpr std::size_t ahead = 8;
     const std::size_t numTriangles = mPoints.numCorners() / 3;
     vGivenT.reserve(numTriangles);
     for (std::size_t i = 0; i < numTriangles; ++i) {
@@ -194,7 +197,7 @@ bool Dt2::CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges&
         Triangle2* const pT = createTriangle(a, b, c);
         vGivenT.push_back(pT);
         linkToOpenEdges(pT, mKeyMCH);
-        if (vGivenT.size() % stretch == 0) phase.advance(stretch);
+        phase.advance(1);
     }
     vertexVault.bFullDimensional = true;
     bMayLackDelaunay = true;
@@ -220,7 +223,7 @@ bool Dt2::makeBorderConstraints(const std::vector<Triangle2*>& vGivenT, const Op
 /// without border would need triangles of both directions, and each other one has rings of its own.
 bool Dt2::isOneRing(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
                     ConnectedComponent& all) {
-    if (mKeyMCH.haveLostEdges()) return false;
+    if (mKeyMCH.getNumLost() != 0) return false;
     std::vector<Edge2> vBorder;
     for (const CAT_MeshConnectionHelper& open : mKeyMCH.getSorted()) vBorder.emplace_back(open.pT, open.edge);
     all.setUnsortedBorders(std::move(vBorder));
@@ -250,23 +253,33 @@ bool Dt2::makeGraphOfRing(const ConnectedComponent& component, std::vector<Const
 // --------------------------------------------------------------------------------- the space around them
 
 /// Makes the triangles between the borders and a box. False, with a report, if not all open edges can be closed.
-bool Dt2::closeWithOuterTriangles(const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
+bool Dt2::closeWithOuterTriangles(const std::vector<Triangle2*>& vGivenT,
+                                  const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
                                   std::vector<Point2*>& vBoxVertices) {
-    constexpr std::size_t numSidesOfBox = 4;
+    constexpr std::ptrdiff_t numSidesOfBox = 4;
     Norvik_2D scratchMesh(3);
     CAT_insertBoxPoints(mPoints, &scratchMesh, vBoxVertices);
     scratchMesh.createConstraint(vBorder, CIS_CONSTRAINED_DELAUNAY, false);
     scratchMesh.applyConstraintsAndZones();
     if (!CAT_createOuterTrianglesAndConnect(&scratchMesh, mKeyMCH, mPoints)) return false;
-    if (mKeyMCH.size() == numSidesOfBox) return true;
-    reportOpenEdges(mKeyMCH);
+    const std::ptrdiff_t numOpen = countOpenEdges(vGivenT, mKeyMCH);
+    if (numOpen == numSidesOfBox) return true;
+    reportOpenEdges(mKeyMCH, numOpen);
     return false;
 }
 
 void Dt2::CAT_insertBoxPoints(PointMap& mPoints, Norvik_2D* pScratchMesh,
                               std::vector<Point2*>& vBoxVertices) {
-    Bbox2 outerBox = vertexVault.computeBoundingBox();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const Bbox2 tightBox = vertexVault.computeBoundingBox();
+    Bbox2 outerBox = tightBox;
     outerBox.doubleTheBox();
+    // Where coordinates are large beside the box, or close to the smallest doubles, its margins may get lost.
+    outerBox.add(
+        Point2(std::nextafter(tightBox.getMinX(), -infinity), std::nextafter(tightBox.getMinY(), -infinity)));
+    outerBox.add(
+        Point2(std::nextafter(tightBox.getMaxX(), infinity), std::nextafter(tightBox.getMaxY(), infinity)));
+    takeIntoBox(outerBox);
     const double minX = outerBox.getMinX(), maxX = outerBox.getMaxX();
     const double minY = outerBox.getMinY(), maxY = outerBox.getMaxY();
     for (const Point2& point :
@@ -310,8 +323,20 @@ bool Dt2::CAT_createOuterTrianglesAndConnect(Norvik_2D* pScratchMesh, OpenEdges&
     }
 }
 
-void Dt2::reportOpenEdges(const OpenEdges& mKeyMCH) {
-    print(compose("mKeyMCH.size()=", mKeyMCH.size(), "\n"));
+/// Edges that nothing can close. Triangles that run counterclockwise, are linked at all edges, and have the box as their outline
+/// lie beside each other; edges that got lost show where they don't. With one exception: a triangle without any neighbour, as one
+/// that is given twice, takes part in nothing.
+std::ptrdiff_t Dt2::countOpenEdges(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH) {
+    const auto numOpen = static_cast<std::ptrdiff_t>(mKeyMCH.size() + mKeyMCH.getNumLost());
+    if (mKeyMCH.getNumLost() == 0) return numOpen;
+    return numOpen - 3 * std::count_if(vGivenT.begin(), vGivenT.end(), [](const Triangle2* pT) {
+                         return neighbour(pT, 0) == nullptr && neighbour(pT, 1) == nullptr &&
+                                neighbour(pT, 2) == nullptr;
+                     });
+}
+
+void Dt2::reportOpenEdges(const OpenEdges& mKeyMCH, std::ptrdiff_t numOpen) {
+    print(compose("mKeyMCH.size()=", numOpen, "\n"));
     error("Dt2::CAT_importTriangles()",
           "size!=4, sorry, invalid input data or bug. If your data is clean, please report this incident");
     Visualizer2 visualizer("bug.ps");

@@ -91,9 +91,10 @@ struct MessageOutput {
     std::recursive_mutex mutex;
     std::shared_ptr<const MessageHandler> pHandler;
 
+    /// Never destroyed: the last messages come from destructors of the client's own globals.
     static MessageOutput& get() {
-        static MessageOutput instance;
-        return instance;
+        static MessageOutput* const pInstance = new MessageOutput;
+        return *pInstance;
     }
 };
 

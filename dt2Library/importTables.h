@@ -106,8 +106,8 @@ struct CAT_MeshConnectionHelper {
 class OpenEdges {
 public:
     std::size_t size() const noexcept { return mEdges.size(); }
-    /// Whether there are edges without a neighbour that aren't among the open ones.
-    bool haveLostEdges() const noexcept { return bLostEdges; }
+    /// Edges that will never get a neighbour, though they aren't among the open ones.
+    std::size_t getNumLost() const noexcept { return numLost; }
 
     bool contains(Point2* src, Point2* trg) const noexcept { return mEdges.contains(Ends{src, trg}); }
 
@@ -126,7 +126,7 @@ public:
         if (bNew)
             *pEntry = {src, trg, pT, edge};
         else
-            bLostEdges = true;
+            ++numLost;
     }
     /// Asks for the memory that an edge between these vertices will need.
     [[gnu::always_inline]] void prefetch(Point2* src, Point2* trg) const noexcept {
@@ -158,7 +158,7 @@ private:
     };
 
     FlatTable<CAT_MeshConnectionHelper, EndsHash, EndsOf> mEdges;
-    bool bLostEdges = false;
+    std::size_t numLost = 0;
 };
 
 }  // namespace KELMAR_NORVIK2D

@@ -210,8 +210,8 @@ public:
     /// Null, with a message, if the triangulation isn't empty, for no points or a number not divisible by 3, for coordinates
     /// that aren't finite, and for triangles without area (without `bReorient` only if two corners are equal). Null too if
     /// borders cross or an edge has more than two triangles; a picture of the fault (openEdges.ps, invalidInput.ps, bug.ps) is
-    /// written to the working directory then, and the triangulation may only be destroyed or begun anew. Overlapping triangles
-    /// need not be noticed.
+    /// written to the working directory then, and the triangulation may only be destroyed or begun anew. A
+    /// triangle that is given twice isn't noticed.
     Zone2* importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox);
 
     /// Draws segments into the mesh: on return each is a chain of constraints. With `bWithConstraints` existing triangles keep

@@ -82,7 +82,16 @@ std::string importFaults(Norvik_2D& mesh, const Polygon& given, bool bReorient, 
         const auto found = mIndex.find({pVtx->x(), pVtx->y()});
         expect(pVtx->getCustomIndex() == (found == mIndex.end() ? -1 : found->second), "not the first index");
     }
-    if (bKeepBox) box.doubleTheBox();
+    if (bKeepBox) {
+        // Twice as large, and at least by one last place.
+        constexpr double infinity = std::numeric_limits<double>::infinity();
+        const Point2 below(std::nextafter(box.getMinX(), -infinity),
+                           std::nextafter(box.getMinY(), -infinity));
+        const Point2 above(std::nextafter(box.getMaxX(), infinity), std::nextafter(box.getMaxY(), infinity));
+        box.doubleTheBox();
+        box.add(below);
+        box.add(above);
+    }
     const Bbox2 told = mesh.computeBoundingBox();
     expect(told.getMinX() == box.getMinX() && told.getMinY() == box.getMinY() &&
                told.getMaxX() == box.getMaxX() && told.getMaxY() == box.getMaxY(),
