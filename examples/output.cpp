@@ -1,4 +1,4 @@
-// What leaves the library: plain arrays, an OBJ file, and a picture of one's own making.
+// What leaves the library: plain arrays, an OBJ file, a scene for the browser, and a picture of one's own making.
 #include <Norvik_2D.h>
 
 #include <fstream>
@@ -57,6 +57,9 @@ int main() {
     mesh.writeObj("output.obj", pZone);
     const std::map<std::string, int> counts = countLines("output.obj");
     std::cout << "OBJ: " << counts.at("v") << " vertices, " << counts.at("f") << " triangles\n";
+
+    // A folder for a web server: python3 -m http.server --directory output_scene
+    mesh.writeWebScene("output_scene", pZone);
 
     // A picture is made of any objects, and scaled to fit them all. Pens have a colour and a width in points, and fill or don't.
     Visualizer2 picture("output.ps");
