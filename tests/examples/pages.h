@@ -24,8 +24,7 @@ struct Given {
     ConstraintGraph2* pGraph;
     Zone2* pZone;
     Zone2* pOther;
-    std::vector<Zone2*>& zones;
     Triangle2* pTriangle;
     Point2* pVertex;
-    double size, minEdgeLength, maxEdgeLength;
+    double size;
 };
