@@ -470,7 +470,8 @@ Point2* VertexVault::treatOneDupGetHandle(const Point2* pDup) {
     const auto q_it = mRedundant2UniqueVtx.find(pLastItem->pVtx);
     require(q_it != mRedundant2UniqueVtx.end(), "q_it!=mRedundant2UniqueVtx.end()");
     Point2* pUnique = q_it->second;
-    mRedundant2UniqueVtx.clear();
+    // Not clear(): that goes through all places of the table, which a bulk insertion may have left large.
+    mRedundant2UniqueVtx.erase(q_it);
     return pUnique;
 }
 
