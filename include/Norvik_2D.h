@@ -311,7 +311,7 @@ public:
 
     /// Asks the operation that is running to end at its next step; from any thread, also from within MsgBase::update(). The
     /// insertion of many points by one thread, applyConstraintsAndZones(), refine() and refineAdvanced() heed it; refinement
-    /// not while it lays out a grid. Points that aren't in yet are given up then, and their handles are null; constraint pieces
+    /// not while it lays out a grid. Points that aren't in yet are given up then, and their handles are null, also if an equal point is in; constraint pieces
     /// that aren't edges yet stay waiting; a mesh is left as far as it is refined. All else is as if the operation had come to its
     /// end, progress messages included. Where nothing is running nothing happens.
     void requestCancel();

@@ -49,7 +49,6 @@ public:
 
     /// Appends to the list. A segment that is there already gets a second place; its index stays the first.
     void addSegments(const std::vector<Segment2*>& vSegments);
-
     std::size_t getNumberOfSegments() const;
     /// The segment at a place of the list; an assertion fails behind its end.
     Segment2* getSegment(std::size_t i) const;

@@ -21,8 +21,8 @@ using MessageHandler =
 
 /// While a handler is installed the library writes nothing to standard output or standard error: all goes to the handler. An empty
 /// one brings the streams back. Returns the handler that was installed before. It is one for the whole process; it is called by
-/// any thread, but never by two at once, and may itself cause messages or install another handler. What it throws comes out of
-/// the operation that has sent the message, whose object may only be destroyed then.
+/// any thread, but never by two at once, and may itself cause messages or install another handler. It mustn't
+/// throw: messages come from worker threads and destructors too.
 NORVIK2D_EXPORT MessageHandler setMessageHandler(MessageHandler handler);
 /// One that drops all messages.
 NORVIK2D_EXPORT MessageHandler silentMessageHandler();

@@ -50,6 +50,13 @@ void writeObj(Norvik_2D& mesh, Zone2* pZone, const std::string& path) {
     if (bEmpty) throw BadOutput(path + ": not written, there are no triangles");
     ensureWritable(path);
     mesh.writeObj(path, pZone);
+    ensureComplete(path);
+}
+
+void ensureComplete(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(-1, std::ios::end);
+    if (file.get() != '\n') throw BadOutput(path + ": couldn't be written to its end");
 }
 
 template <class Publisher>

@@ -92,6 +92,8 @@ void addDrawing(Drawing drawing, Input& input);
 
 /// The library doesn't report files that can't be written; this throws BadOutput.
 void ensureWritable(const std::string& path);
+/// Ends in BadOutput unless a text file that the library has written, which says nothing of failures, ends as it has to.
+void ensureComplete(const std::string& path);
 
 /// Writes the triangles of the zone, or all if it is null, to an OBJ file. BadOutput too if there are none.
 void writeObj(KELMAR_NORVIK2D::Norvik_2D& mesh, KELMAR_NORVIK2D::Zone2* pZone, const std::string& path);

@@ -66,14 +66,32 @@ void Exporter::write(const std::string& path, MshVersion mshVersion) const {
 void writeScene(Norvik_2D& mesh, const Subject& subject, const std::string& folder) {
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
-    ensureWritable((std::filesystem::path(folder) / "3d.obj").string());
+    const std::string objFile = (std::filesystem::path(folder) / "3d.obj").string();
+    ensureWritable(objFile);
     if (subject.pZone != nullptr)
         mesh.writeWebScene(folder.c_str(), subject.pZone);
     else
         mesh.writeWebScene(folder.c_str());
+    ensureComplete(objFile);
 }
 
+namespace {
+
+/// Nobody wants to lose what he has given. Files of elements bring a .node file with them.
+void ensureInputStays(const Options& options) {
+    for (std::filesystem::path path : options.vOutputs) {
+        std::error_code failure;
+        bool bSame = std::filesystem::equivalent(path, options.input, failure);
+        if (endingOf(path.string()) == ".ele" || endingOf(path.string()) == ".poly")
+            bSame |= std::filesystem::equivalent(path.replace_extension(".node"), options.input, failure);
+        if (bSame) throw BadOutput(path.string() + ": not written, it is the input");
+    }
+}
+
+}  // namespace
+
 int exportMesh(const Options& options) {
+    ensureInputStays(options);
     Norvik_2D mesh;
     mesh.setName(options.input);
     mesh.setNumCPU(options.numThreads);

@@ -40,7 +40,7 @@ std::vector<std::uint64_t> numberByCoordinates(const std::vector<Point2>& points
     return vNumbers;
 }
 
-/// Triangles on the same side of an edge overlap, which the library doesn't look for.
+/// Triangles on the same side of an edge overlap. The library refuses them too, all but twins, but doesn't tell which they are.
 void checkOverlaps(const IndexedMesh& given, const std::string& path) {
     const std::vector<std::uint64_t> vNumbers = numberByCoordinates(given.points);
     // Both ends of a directed edge in one number, and its triangle.
@@ -72,8 +72,10 @@ Zone2* importTriangles(Norvik_2D& mesh, IndexedMesh given, const std::string& pa
         for (const std::size_t corner : triangle) vCorners.push_back(given.points[corner]);
     Zone2* const pZone = mesh.importTriangles(vCorners, false, bKeepBox);
     if (pZone == nullptr)
-        failFile(path,
-                 "the triangles make no mesh: they overlap, or a vertex lies on the edge of another one");
+        failFile(
+            path,
+            "the triangles make no mesh: they overlap, a vertex lies on the edge of another one, or there is "
+            "no room around them");
     return pZone;
 }
 

@@ -751,7 +751,8 @@ const JSC3D = (() => {
                     continue;
                 }
                 // Two by two, so that there are no holes.
-                const first = Math.max(0, Math.floor(top)) * width + Math.max(0, Math.floor(left));
+                const column = Math.min(width - 2, Math.max(0, Math.floor(left)));
+                const first = Math.max(0, Math.floor(top)) * width + column;
                 const dot = dots.length === 1 ? dots[0] : dots[angles[i] >> 3];
                 pixels[first] = pixels[first + 1] = pixels[first + width] = pixels[first + width + 1] = dot;
             }
@@ -958,7 +959,7 @@ const JSC3D = (() => {
         }
 
         drag(dx, dy, turns) {
-            if (turns !== this.getParameter("DragTurns")) this.turn(dx, dy);
+            if (turns || this.getParameter("DragTurns")) this.turn(dx, dy);
             else this.pan(dx, dy);
         }
 
