@@ -148,5 +148,8 @@ fi
 
 if [[ ${#wished[@]} -gt 0 ]] && has_command apt-get; then
     update_lists
-    apt_install "${wished[@]}" || echo "install-dependencies: going on without ${wished[*]}" >&2
+    # One by one, so that what can't be had doesn't take the others along.
+    for package in "${wished[@]}"; do
+        apt_install "$package" || echo "install-dependencies: going on without $package" >&2
+    done
 fi
