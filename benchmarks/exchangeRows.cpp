@@ -9,7 +9,6 @@
 #include <iomanip>
 #include <string>
 #include <unordered_map>
-#include <utility>
 
 #include "pointSets.h"
 #include "table.h"
@@ -126,10 +125,13 @@ bool measureLocation(const char* name) {
 }  // namespace
 
 std::vector<NamedRow> exchangeRows() {
+    constexpr struct {
+        const char* name;
+        bool (*measure)(const char*);
+    } workloads[] = {
+        {"obj/1e6", measureObj}, {"import/1e6", measureImport}, {"locate/atOnce/1e6", measureLocation}};
     std::vector<NamedRow> rows;
-    for (const auto& [name, measure] :
-         {std::pair("obj/1e6", measureObj), std::pair("import/1e6", measureImport),
-          std::pair("locate/atOnce/1e6", measureLocation)})
-        rows.push_back({name, [name = name, measure = measure] { return measure(name); }});
+    for (const auto& workload : workloads)
+        rows.push_back({workload.name, [workload] { return workload.measure(workload.name); }});
     return rows;
 }
