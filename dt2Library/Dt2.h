@@ -298,10 +298,11 @@ public:
 
     /// Takes in triangles from elsewhere, three points each, and fills the space around them: see Norvik_2D::importTriangles.
     Zone2* CAT_importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox);
-    /// Whether there is room for these triangles and they can be taken in.
-    bool CAT_expectedPoints(const std::vector<Point2>& vPoints) const;
+    /// Whether there is room for these triangles and they can be taken in; delivers their box.
+    bool CAT_expectedPoints(const std::vector<Point2>& vPoints, Bbox2& givenBox) const;
     /// Makes a vertex of each different point.
-    void CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, PointMap& mPoints);
+    void CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, const Bbox2& givenBox,
+                                  PointMap& mPoints);
     /// Turns clockwise triangles around, here and there. False if one is no triangle.
     bool CAT_reorient(std::vector<Point2>& vPoints, PointMap& mPoints);
     /// Makes the triangles and links them. False if one has two equal corners.
@@ -412,7 +413,8 @@ private:
     void appendAlivePieces(Point2* p, Point2* q, std::vector<ConstraintSegment2*>& vPieces) const;
 
     // Dt2_import.cpp
-    Zone2* importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox, ProgressPhase& phase);
+    Zone2* importExpected(std::vector<Point2>& vPoints, const Bbox2& givenBox, bool bReorient, bool bKeepBox,
+                          ProgressPhase& phase);
     bool makeBorderConstraints(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
                                std::vector<ConstraintGraph2*>& vGraphs, std::vector<Segment2>& vBorder);
     bool isOneRing(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH, ConnectedComponent& all);

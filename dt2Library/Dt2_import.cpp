@@ -88,17 +88,18 @@ std::vector<CAT_MeshConnectionHelper> OpenEdges::getSorted() const {
 }
 
 Zone2* Dt2::CAT_importTriangles(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox) {
-    if (!CAT_expectedPoints(vPoints)) return nullptr;
+    Bbox2 givenBox;
+    if (!CAT_expectedPoints(vPoints, givenBox)) return nullptr;
     ProgressPhase phase(progress, "importTriangles", vPoints.size() / 3);
-    Zone2* const pZone = importExpected(vPoints, bReorient, bKeepBox, phase);
+    Zone2* const pZone = importExpected(vPoints, givenBox, bReorient, bKeepBox, phase);
     phase.finish();
     return pZone;
 }
 
-Zone2* Dt2::importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bKeepBox,
+Zone2* Dt2::importExpected(std::vector<Point2>& vPoints, const Bbox2& givenBox, bool bReorient, bool bKeepBox,
                            ProgressPhase& phase) {
     PointMap mPoints(vPoints.size() / 6);
-    CAT_treatPointsCreateMap(vPoints, mPoints);
+    CAT_treatPointsCreateMap(vPoints, givenBox, mPoints);
     if (bReorient && !CAT_reorient(vPoints, mPoints)) return nullptr;
     OpenEdges mKeyMCH;
     std::vector<Triangle2*> vGivenT;
@@ -122,7 +123,7 @@ Zone2* Dt2::importExpected(std::vector<Point2>& vPoints, bool bReorient, bool bK
 
 // --------------------------------------------------------------------------------------- the given triangles
 
-bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints) const {
+bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints, Bbox2& givenBox) const {
     const char* const source = "Dt2::createArbitraryTriangles(..)";
     if (!vertexVault.empty()) {
         error(source, "This method requires an empty triangulation");
@@ -137,8 +138,9 @@ bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints) const {
         error(source, "non-finite coordinates, nothing done");
         return false;
     }
+    givenBox = collector.getBox();
     // There is a box around them, too, which gets vertices.
-    Bbox2 outerBox = collector.getBox();
+    Bbox2 outerBox = givenBox;
     outerBox.doubleTheBox();
     if (isFinite({outerBox.getMinX(), outerBox.getMinY()}) &&
         isFinite({outerBox.getMaxX(), outerBox.getMaxY()}))
@@ -147,14 +149,15 @@ bool Dt2::CAT_expectedPoints(const std::vector<Point2>& vPoints) const {
     return false;
 }
 
-void Dt2::CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, PointMap& mPoints) {
+void Dt2::CAT_treatPointsCreateMap(const std::vector<Point2>& vPoints, const Bbox2& givenBox,
+                                   PointMap& mPoints) {
     constexpr std::size_t ahead = 16;
     mPoints.reserveCorners(vPoints.size());
     for (std::size_t i = 0; i < vPoints.size(); ++i) {
         if (i + ahead < vPoints.size()) mPoints.prefetch(vPoints[i + ahead]);
         mPoints.addCorner(vPoints[i]);
     }
-    takeIntoBox(collectBox(mPoints.getPoints()).getBox());
+    takeIntoBox(givenBox);
     std::size_t startIndex = 0;
     vertexVault.iReset_vector(mPoints.getPoints(), &mPoints.getVertices(), startIndex);
 }
@@ -178,7 +181,7 @@ bool Dt2::CAT_reorient(std::vector<Point2>& vPoints, PointMap& mPoints) {
 
 bool Dt2::CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges& mKeyMCH,
                                              std::vector<Triangle2*>& vGivenT, ProgressPhase& phase) {
-    constexpr std::size_t ahead = 8;
+    constexpr std::size_t ahead = 12;
     const std::size_t numTriangles = mPoints.numCorners() / 3;
     vGivenT.reserve(numTriangles);
     for (std::size_t i = 0; i < numTriangles; ++i) {

@@ -109,24 +109,26 @@ public:
     /// Edges that will never get a neighbour, though they aren't among the open ones.
     std::size_t getNumLost() const noexcept { return numLost; }
 
-    bool contains(Point2* src, Point2* trg) const noexcept { return mEdges.contains(Ends{src, trg}); }
+    bool contains(Point2* src, Point2* trg) const noexcept {
+        const CAT_MeshConnectionHelper* const pOpen = mEdges.find(Ends{src, trg});
+        return pOpen != nullptr && pOpen->src == src;
+    }
 
     /// If the edge has an open counterpart, which runs the other way, links the two triangles and closes it. Otherwise the edge
     /// becomes an open one; unless there is one with the same ends: then it gets no neighbour ever.
     void add(Triangle2* pT, int edge) {
         Point2* const src = corner(pT, ccw(edge));
         Point2* const trg = corner(pT, cw(edge));
-        if (CAT_MeshConnectionHelper* const pOpen = mEdges.find(Ends{trg, src})) {
+        const auto [pOpen, bNew] = mEdges.insert(Ends{src, trg});
+        if (bNew) {
+            *pOpen = {src, trg, pT, edge};
+        } else if (pOpen->src == trg) {
             setNeighbour(pT, edge, pOpen->pT);
             setNeighbour(pOpen->pT, pOpen->edge, pT);
             mEdges.erase(pOpen);
-            return;
-        }
-        const auto [pEntry, bNew] = mEdges.insert(Ends{src, trg});
-        if (bNew)
-            *pEntry = {src, trg, pT, edge};
-        else
+        } else {
             ++numLost;
+        }
     }
     /// Asks for the memory that an edge between these vertices will need.
     [[gnu::always_inline]] void prefetch(Point2* src, Point2* trg) const noexcept {
@@ -137,21 +139,23 @@ public:
     std::vector<CAT_MeshConnectionHelper> getSorted() const;
 
 private:
+    /// In any order: an edge and its counterpart are never open at the same time, so one search finds both.
     struct Ends {
-        Point2 *src, *trg;
-        bool operator==(const Ends&) const noexcept = default;
+        Point2 *p, *q;
+        bool operator==(const Ends& other) const noexcept {
+            return (p == other.p && q == other.q) || (p == other.q && q == other.p);
+        }
     };
     struct EndsOf {
         Ends operator()(const CAT_MeshConnectionHelper& entry) const noexcept {
             return {entry.src, entry.trg};
         }
     };
-    /// The same for both directions: the search for the counterpart then brings the place for the edge itself.
     struct EndsHash {
         std::size_t operator()(const Ends& ends) const noexcept {
             constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U;
-            const auto a = reinterpret_cast<std::uintptr_t>(ends.src);
-            const auto b = reinterpret_cast<std::uintptr_t>(ends.trg);
+            const auto a = reinterpret_cast<std::uintptr_t>(ends.p);
+            const auto b = reinterpret_cast<std::uintptr_t>(ends.q);
             const std::uint64_t mixed = ((a ^ b) * odd ^ (a + b)) * odd;
             return mixed ^ mixed >> 32;
         }
