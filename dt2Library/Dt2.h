@@ -422,9 +422,7 @@ private:
                          std::vector<Segment2>& vBorder);
     bool closeWithOuterTriangles(const std::vector<Triangle2*>& vGivenT, const std::vector<Segment2>& vBorder,
                                  PointMap& mPoints, OpenEdges& mKeyMCH, std::vector<Point2*>& vBoxVertices);
-    void linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH);
-    static std::ptrdiff_t countOpenEdges(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH);
-    void reportOpenEdges(const OpenEdges& mKeyMCH, std::ptrdiff_t numOpen);
+    void reportOpenEdges(const OpenEdges& mKeyMCH, std::size_t numOpen);
 
     // Dt2_bulk.cpp
     void takeIntoBox(const Bbox2& newPoints);

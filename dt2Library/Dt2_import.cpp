@@ -2,8 +2,6 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <memory>
-#include <tuple>
 #include <utility>
 
 #include "BoxCollector.h"
@@ -26,7 +24,26 @@ namespace KELMAR_NORVIK2D {
 
 namespace {
 
+constexpr std::size_t numSidesOfBox = 4;
 constexpr const char* hint = "\nYou may want to use the postscript visualization file to debug the data\n";
+
+void linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH) {
+    for (int edge = 0; edge < 3; ++edge) mKeyMCH.add(pT, edge);
+}
+
+bool hasNeighbours(const Triangle2* pT) {
+    return neighbour(pT, 0) != nullptr || neighbour(pT, 1) != nullptr || neighbour(pT, 2) != nullptr;
+}
+
+/// Edges that nothing can close. Triangles that run counterclockwise, are linked at all edges, and have the box as their outline
+/// lie beside each other; edges that got lost show where they don't. With one exception: a triangle without any neighbour, as one
+/// that is given twice, takes part in nothing.
+std::size_t countOpenEdges(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH) {
+    const std::size_t numOpen = mKeyMCH.size() + mKeyMCH.getNumLost();
+    if (mKeyMCH.getNumLost() == 0 || mKeyMCH.size() != numSidesOfBox) return numOpen;
+    const auto numLinked = std::count_if(vGivenT.begin(), vGivenT.end(), hasNeighbours);
+    return numOpen - 3 * (vGivenT.size() - static_cast<std::size_t>(numLinked));
+}
 
 /// The failure to close all open edges.
 class OpenEdgeReport {
@@ -207,10 +224,6 @@ bool Dt2::CAT_createAndConnectGivenTriangles(const PointMap& mPoints, OpenEdges&
     return true;
 }
 
-void Dt2::linkToOpenEdges(Triangle2* pT, OpenEdges& mKeyMCH) {
-    for (int edge = 0; edge < 3; ++edge) mKeyMCH.add(pT, edge);
-}
-
 /// Makes a graph of each border ring, and appends all borders as segments too.
 bool Dt2::makeBorderConstraints(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH,
                                 std::vector<ConstraintGraph2*>& vGraphs, std::vector<Segment2>& vBorder) {
@@ -259,13 +272,12 @@ bool Dt2::makeGraphOfRing(const ConnectedComponent& component, std::vector<Const
 bool Dt2::closeWithOuterTriangles(const std::vector<Triangle2*>& vGivenT,
                                   const std::vector<Segment2>& vBorder, PointMap& mPoints, OpenEdges& mKeyMCH,
                                   std::vector<Point2*>& vBoxVertices) {
-    constexpr std::ptrdiff_t numSidesOfBox = 4;
     Norvik_2D scratchMesh(3);
     CAT_insertBoxPoints(mPoints, &scratchMesh, vBoxVertices);
     scratchMesh.createConstraint(vBorder, CIS_CONSTRAINED_DELAUNAY, false);
     scratchMesh.applyConstraintsAndZones();
     if (!CAT_createOuterTrianglesAndConnect(&scratchMesh, mKeyMCH, mPoints)) return false;
-    const std::ptrdiff_t numOpen = countOpenEdges(vGivenT, mKeyMCH);
+    const std::size_t numOpen = countOpenEdges(vGivenT, mKeyMCH);
     if (numOpen == numSidesOfBox) return true;
     reportOpenEdges(mKeyMCH, numOpen);
     return false;
@@ -298,7 +310,6 @@ void Dt2::CAT_insertBoxPoints(PointMap& mPoints, Norvik_2D* pScratchMesh,
 bool Dt2::CAT_createOuterTrianglesAndConnect(Norvik_2D* pScratchMesh, OpenEdges& mKeyMCH,
                                              const PointMap& mPoints) {
     constexpr int firstTooManyPasses = 31, reportingPass = 3;
-    constexpr std::size_t numSidesOfBox = 4;
     OpenEdgeReport report;
     std::vector<Triangle2*> vScratchT;
     pScratchMesh->getTrianglePointers(vScratchT);
@@ -326,19 +337,7 @@ bool Dt2::CAT_createOuterTrianglesAndConnect(Norvik_2D* pScratchMesh, OpenEdges&
     }
 }
 
-/// Edges that nothing can close. Triangles that run counterclockwise, are linked at all edges, and have the box as their outline
-/// lie beside each other; edges that got lost show where they don't. With one exception: a triangle without any neighbour, as one
-/// that is given twice, takes part in nothing.
-std::ptrdiff_t Dt2::countOpenEdges(const std::vector<Triangle2*>& vGivenT, const OpenEdges& mKeyMCH) {
-    const auto numOpen = static_cast<std::ptrdiff_t>(mKeyMCH.size() + mKeyMCH.getNumLost());
-    if (mKeyMCH.getNumLost() == 0) return numOpen;
-    return numOpen - 3 * std::count_if(vGivenT.begin(), vGivenT.end(), [](const Triangle2* pT) {
-                         return neighbour(pT, 0) == nullptr && neighbour(pT, 1) == nullptr &&
-                                neighbour(pT, 2) == nullptr;
-                     });
-}
-
-void Dt2::reportOpenEdges(const OpenEdges& mKeyMCH, std::ptrdiff_t numOpen) {
+void Dt2::reportOpenEdges(const OpenEdges& mKeyMCH, std::size_t numOpen) {
     print(compose("mKeyMCH.size()=", numOpen, "\n"));
     error("Dt2::CAT_importTriangles()",
           "size!=4, sorry, invalid input data or bug. If your data is clean, please report this incident");

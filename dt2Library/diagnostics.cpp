@@ -82,10 +82,6 @@ std::string_view pathInRepository(std::string_view path) {
     return start == std::string_view::npos ? path : path.substr(start);
 }
 
-}  // namespace
-
-namespace {
-
 /// Where messages go. Recursive, because a handler may cause further ones.
 struct MessageOutput {
     std::recursive_mutex mutex;

@@ -11,12 +11,10 @@
 #include "canonicalMesh.h"
 #include "captureOutput.h"
 #include "constraintLaws.h"
-#include "exactSigns.h"
 #include "meshDomains.h"
 #include "require.h"
 
 using namespace meshDomains;
-using exactSigns::orientationSign;
 using hardPoints::below, hardPoints::uniformPoints;
 
 namespace {
@@ -419,13 +417,8 @@ TEST(LocateMany, AnswersAsManySingleQuestions) {
             mesh.locate(queries, vTold);
             EXPECT_EQ(countOf(output.out(), "WARNING"), bFinite ? 0 : 1);
             ASSERT_EQ(vTold.size(), queries.size());
-            for (std::size_t i = 0; i < queries.size(); ++i) {
-                const Triangle2* pT = vTold[i];
-                ASSERT_EQ(pT != nullptr, mesh.locate(queries[i]) != nullptr) << queries[i];
-                for (int k = 0; pT != nullptr && k < 3; ++k)
-                    ASSERT_GE(orientationSign(*pT->getCorner(k), *pT->getCorner((k + 1) % 3), queries[i]), 0)
-                        << queries[i];
-            }
+            for (std::size_t i = 0; i < queries.size(); ++i)
+                ASSERT_EQ(vTold[i], mesh.locate(queries[i])) << queries[i];
         }
         Triangles vTold(3);
         mesh.locate(Polygon(), vTold);
