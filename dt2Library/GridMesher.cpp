@@ -359,13 +359,10 @@ void GridMesher::chopConstraints(std::vector<Segment2> vKnives) {
         Segment2 constraint = segmentOf(pCSeg);
         Point2 split;
         if (!findSplit(checker, constraint, split)) continue;
-        pCSeg->insertAndSplit(split);
-        require(!pCSeg->isAlive(), "!pCSeg->isAlive()");
-        // Either half may meet further knives. It ends, as halves are shorter by 0.7 grid steps.
-        std::vector<ConstraintSegment2*> vKids;
-        pCSeg->getChildrenRec(vKids);
-        require(vKids.size() == 2, "vKids.size()==2");
-        vOpen.insert(vOpen.end(), vKids.begin(), vKids.end());
+        if (pCSeg->insertAndSplit(split) == nullptr) continue;
+        // What became of it may meet further knives: two halves, and more where a conforming half had to be divided at once. It
+        // ends, as each is shorter by 0.7 grid steps.
+        pCSeg->getChildrenRec(vOpen);
     }
 }
 

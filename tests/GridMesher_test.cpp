@@ -108,3 +108,15 @@ TEST(GridMesher, HolesAreSpared) {
         EXPECT_EQ(meshed.faults(), "");
     }
 }
+
+TEST(GridMesher, ConformingSegmentsAreChoppedIntoMoreThanHalvesWhereTheyHaveToBe) {
+    Meshed meshed({"square", {box(0, 0, 20, 20)}});
+    const Segments crossing = {
+        {{16, 2}, {4, 15}}, {{18, 5}, {3, 13}}, {{2, 9}, {4, 15}}, {{18, 13}, {12, 9}}};
+    CaptureOutput output;  // that conforming segments which cross can't be divided for ever is told
+    meshed.mesh.createConstraint(crossing, CIS_CONFORMING_DELAUNAY);
+    MeshGenParams params = meshed.paramsOf({.gridLength = 2, .gridVector = {1, 0}});
+    meshed.mesh.refineAdvanced(&params);
+    EXPECT_EQ(lawsBroken(meshed.mesh), "");
+    EXPECT_DOUBLE_EQ(zoneLaws::areaOf(meshed.pZone), 400.0);
+}
