@@ -203,6 +203,9 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& point) {
     require(pSplit != nullptr, "pSplit!=__null");
     bAlive = true;
     if (pSplit == p0 || pSplit == p1 || !split_combinatorialOnly(pSplit)) return nullptr;
+    // Vertices closer to the edge that this was may keep the new one out of its triangles. Then the insertion hasn't looked at
+    // that edge, which isn't a constraint any more.
+    if (pOwnerDt->is2D()) pOwnerDt->legaliseEdge(p0, p1);
     establishPieces();
     if (pOwnerDt->is2D()) pOwnerDt->bfsFlipIncident(pSplit);
     return pSplit;

@@ -238,6 +238,8 @@ public:
     void flipToMatchCDT(std::vector<Triangle2*>& vT);
     /// Makes a constraint an ordinary edge, with repair of the mesh around it.
     void killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
+    /// Flips from this edge until all is Delaunay again; nothing if there is no such edge.
+    void legaliseEdge(Point2* pSrc, Point2* pTrg);
     /// One step towards edges in a mesh that stays Delaunay: divides the record unless it is an edge.
     void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
     /// Not built yet: says so.

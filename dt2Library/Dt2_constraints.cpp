@@ -453,10 +453,13 @@ void Dt2::flipToMatchCDT(std::vector<Triangle2*>& vT) {
 
 void Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg) {
     pCSeg->kill();
-    Triangle2* const pT = getAdjacentTriangle(pCSeg->getSrc(), pCSeg->getTrg());
-    if (pT == nullptr) return;  // it isn't an edge yet
-    const int edge = cw(indexOf(pT, pCSeg->getSrc()));
-    std::vector<Side> vOpen{{pT, edge}};
+    legaliseEdge(pCSeg->getSrc(), pCSeg->getTrg());
+}
+
+void Dt2::legaliseEdge(Point2* pSrc, Point2* pTrg) {
+    Triangle2* const pT = getAdjacentTriangle(pSrc, pTrg);
+    if (pT == nullptr) return;  // it isn't an edge
+    std::vector<Side> vOpen{{pT, cw(indexOf(pT, pSrc))}};
     flipBackToDelaunay(vOpen);
 }
 

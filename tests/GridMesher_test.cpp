@@ -109,7 +109,7 @@ TEST(GridMesher, HolesAreSpared) {
     }
 }
 
-TEST(GridMesher, ConformingSegmentsAreChoppedIntoMoreThanHalvesWhereTheyHaveToBe) {
+TEST(GridMesher, ChoppedConformingSegmentsMayBeInMoreThanHalves) {
     Meshed meshed({"square", {box(0, 0, 20, 20)}});
     const Segments crossing = {
         {{16, 2}, {4, 15}}, {{18, 5}, {3, 13}}, {{2, 9}, {4, 15}}, {{18, 13}, {12, 9}}};
