@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "Dt2.h"
 #include "MTCtrl.h"
@@ -58,6 +59,8 @@ void InserterMT::createChunks(unsigned long numChunks, const std::vector<IdxVtxA
     // One block: their addresses are in the order of the labels.
     chunkPool.alloc(static_cast<int>(numDense / size) + 1);
     const std::size_t numOld = vChunks.size();
+    // What is made has a place to be destroyed from.
+    vChunks.reserve(numOld + numDense / size + 1);
     for (std::size_t first = 0; first < numDense;) {
         std::size_t last = std::min(first + size, numDense);
         if (numDense - last <= greatestRest) last = numDense;
@@ -115,6 +118,7 @@ void InserterMT::startWork(int numThreads) {
         startCPU(this);
     }
     for (std::thread& worker : vWorkers) worker.join();
+    if (pFailure != nullptr) std::rethrow_exception(pFailure);
     for (Chunk* pChunk : vChunks)
         if (pChunk->runsAlone()) pChunk->insert();
 }
@@ -154,11 +158,23 @@ void InserterMT::takeBack(Chunk* pChunk) {
     chunkEnded.notify_all();
 }
 
+/// No chunk is begun any more, and nobody waits for one.
+void InserterMT::giveUp(std::exception_ptr pReason) {
+    const std::lock_guard lock(mutex);
+    if (pFailure == nullptr) pFailure = std::move(pReason);
+    vPending.clear();
+    chunkEnded.notify_all();
+}
+
 void startCPU(void* pInserter) {
     auto* const pInserterMT = static_cast<InserterMT*>(pInserter);
-    while (Chunk* pChunk = pInserterMT->waitForWork()) {
-        pChunk->insert();
-        pInserterMT->takeBack(pChunk);
+    try {
+        while (Chunk* pChunk = pInserterMT->waitForWork()) {
+            pChunk->insert();
+            pInserterMT->takeBack(pChunk);
+        }
+    } catch (...) {
+        pInserterMT->giveUp(std::current_exception());
     }
 }
 

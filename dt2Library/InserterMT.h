@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <mutex>
 #include <span>
 #include <vector>
@@ -43,7 +44,8 @@ public:
     /// them, and startWork() inserts them. There is a fake box.
     void createChunks(unsigned long numChunks, const std::vector<IdxVtxAct*>& vDenseVtx,
                       std::vector<Chunk*>& vChunks_);
-    /// Inserts all chunks and returns when that is done.
+    /// Inserts all chunks and returns when that is done. The first exception out of a thread is thrown on here, when all have
+    /// ended.
     void startWork(int numThreads);
     /// The first pending chunk whose area meets none of those being inserted, which it joins; null if there is none now.
     /// Chunks that run alone are never pending: startWork() inserts them in the end.
@@ -60,6 +62,7 @@ private:
     Chunk* takeFirstFree();
     Chunk* waitForWork();
     void takeBack(Chunk* pChunk);
+    void giveUp(std::exception_ptr pReason);
 
     /// The area lies beside the pointer, because it is all that most pending chunks are asked for.
     struct Pending {
@@ -78,6 +81,7 @@ private:
     std::condition_variable chunkEnded;
     std::vector<Pending> vPending;       ///< the first one last
     std::vector<Chunk*> sStartedChunks;  ///< being inserted now
+    std::exception_ptr pFailure;         ///< the first one
 };
 
 /// A worker: inserts chunks of the InserterMT as long as there are any.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -12,8 +13,7 @@
 namespace KELMAR_NORVIK2D {
 
 /// Hands the tasks of one job to a fixed number of threads, in the order of the tasks' addresses, and joins
-/// them. The tasks belong to the caller; each writes only where no other one does, so they need no lock. An
-/// exception that leaves a task ends the process.
+/// them. The tasks belong to the caller; each writes only where no other one does, so they need no lock.
 template <class T>
 class MTCtrl {
 public:
@@ -24,7 +24,8 @@ public:
     explicit MTCtrl(std::vector<T>& vTasks) : MTCtrl(pointersTo(vTasks)) {}
 
     /// Runs `method` of every task on `numThreads` threads and returns when all are done. Where the system
-    /// refuses to start a thread the job goes on with those that run, in the end with the caller's own.
+    /// refuses to start a thread the job goes on with those that run, in the end with the caller's own. The first exception
+    /// that leaves a task is thrown on here, when all threads have ended; tasks that haven't started by then never do.
     void run(int numThreads, void (T::*method)()) {
         std::vector<std::thread> vWorkers;
         vWorkers.reserve(static_cast<std::size_t>(numThreads));
@@ -34,6 +35,7 @@ public:
             startCPU(method);
         }
         for (std::thread& worker : vWorkers) worker.join();
+        if (pFailure != nullptr) std::rethrow_exception(pFailure);
     }
 
 private:
@@ -43,8 +45,18 @@ private:
         return vPointers;
     }
 
-    void startCPU(void (T::*method)()) {
-        while (T* pTask = takeTask()) (pTask->*method)();
+    void startCPU(void (T::*method)()) noexcept {
+        try {
+            while (T* pTask = takeTask()) (pTask->*method)();
+        } catch (...) {
+            giveUp(std::current_exception());
+        }
+    }
+
+    void giveUp(std::exception_ptr pReason) {
+        const std::lock_guard lock(mutex);
+        if (pFailure == nullptr) pFailure = std::move(pReason);
+        vPending.clear();
     }
 
     T* takeTask() {
@@ -57,6 +69,7 @@ private:
 
     std::mutex mutex;
     std::vector<T*> vPending;  ///< greatest address first: taken from the back
+    std::exception_ptr pFailure;
 };
 
 }  // namespace KELMAR_NORVIK2D

@@ -59,6 +59,26 @@ TEST(MTCtrl, TasksStartInTheOrderOfTheirAddresses) {
     for (int i = 0; i < 20; ++i) EXPECT_EQ(tasks[static_cast<std::size_t>(i)].place, i);
 }
 
+TEST(MTCtrl, TheFirstExceptionOfATaskEndsTheJobAndReachesTheCaller) {
+    struct FailingTask {
+        int number = 0;
+        bool bRan = false;
+        void go() {
+            bRan = true;
+            if (number >= 3) throw std::bad_alloc();
+        }
+    };
+    for (const int numThreads : {1, 2, 8}) {
+        std::vector<FailingTask> tasks(100);
+        for (int i = 0; i < 100; ++i) tasks[static_cast<std::size_t>(i)].number = i;
+        EXPECT_THROW(MTCtrl<FailingTask>(tasks).run(numThreads, &FailingTask::go), std::bad_alloc);
+        const auto numRun =
+            std::count_if(tasks.begin(), tasks.end(), [](const FailingTask& task) { return task.bRan; });
+        EXPECT_LE(numRun, 3 + numThreads) << "each thread ends with the task that fails";
+        EXPECT_TRUE(tasks[3].bRan);
+    }
+}
+
 TEST(MTCtrl, ManyThreadsPrepareTheListOfOne) {
     // Sizes at the limits from which keys, sorts and filling go to threads; clustered, with equal keys and equal points.
     hardPoints::Rng rng(1);
