@@ -113,8 +113,8 @@ ConstraintMgr::ConstraintMgr(Dt2* pDt_) : pDt(pDt_) {
 
 ConstraintMgr::~ConstraintMgr() {
     vConstraintGraphs.clear();
-    for (const std::span<ConstraintSegment2> stretch : segmentPool.stretches())
-        std::destroy(stretch.begin(), stretch.end());
+    segmentPool.visitStretches(
+        [](std::span<ConstraintSegment2> stretch) { std::destroy(stretch.begin(), stretch.end()); });
 }
 
 // ----------------------------------------------------------------------------------------------- questions

@@ -21,7 +21,7 @@ using KELMAR_NORVIK2D::radixSort;
 using KELMAR_NORVIK2D::require;
 
 struct PoolTexts {
-    static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory, sorry";
+    static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory, sorry\n";
 };
 
 template <class T>

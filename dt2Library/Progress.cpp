@@ -33,6 +33,8 @@ void Progress::unsubscribe(MsgType type, MsgBase* pMsg) {
 }
 
 void Progress::addChild(Progress* pChild) {
+    // Both know each other, or neither: without memory for the second entry there must be no first one.
+    pChild->parents.reserve(pChild->parents.size() + 1);
     children.push_back(pChild);
     pChild->parents.push_back(this);
 }

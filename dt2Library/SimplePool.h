@@ -20,7 +20,8 @@ void freeBlock(void* pBlock) noexcept;
 
 /// The words of a pool that differ between its users.
 struct PoolTexts {
-    static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory";
+    /// Written as it is, since composing a text would take memory.
+    static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory\n";
 };
 
 /// A block allocator for masses of records, which never move and live as long as the pool: a mesh can
@@ -34,10 +35,7 @@ class SimplePool {
 public:
     SimplePool() noexcept = default;
     ~SimplePool() {
-        if (vBlocks.size() > 1000) {
-            print("SimplePool::~SimplePool: Number of containers to release: " +
-                  std::to_string(vBlocks.size()) + "\n");
-        }
+        if (vBlocks.size() > 1000) tellNumBlocks();
         freeBlocksBehind(0);
     }
     SimplePool(const SimplePool&) = delete;
@@ -70,7 +68,7 @@ public:
         void* const pBlock = allocateBlock(static_cast<std::size_t>(size) * sizeof(T));
         if (pBlock == nullptr) {
             vBlocks.pop_back();
-            print(std::string(Texts::outOfMemory) + "\n");
+            print(Texts::outOfMemory);
             throw std::bad_alloc();
         }
         vBlocks.back().pRecords = static_cast<T*>(pBlock);
@@ -113,13 +111,19 @@ public:
     /// The records handed out, in the order of handing out, one stretch of memory after the other.
     std::vector<std::span<T>> stretches() const {
         std::vector<std::span<T>> vStretches;
+        vStretches.reserve(vBlocks.size());
+        visitStretches([&](std::span<T> stretch) { vStretches.push_back(stretch); });
+        return vStretches;
+    }
+    /// Visits the same. Takes no memory: it may be called where nothing may be thrown.
+    template <class Visit>
+    void visitStretches(Visit visit) const {
         for (std::size_t i = 0; i < vBlocks.size(); ++i) {
             const std::int64_t rankBehind =
                 i + 1 < vBlocks.size() ? vBlocks[i + 1].firstRank : numHandedOut();
-            vStretches.emplace_back(vBlocks[i].pRecords,
-                                    static_cast<std::size_t>(rankBehind - vBlocks[i].firstRank));
+            visit(
+                std::span(vBlocks[i].pRecords, static_cast<std::size_t>(rankBehind - vBlocks[i].firstRank)));
         }
-        return vStretches;
     }
 
     std::int64_t numHandedOut() const noexcept {
@@ -140,6 +144,15 @@ private:
         int size;
         std::int64_t firstRank;
     };
+
+    void tellNumBlocks() const noexcept {
+        try {
+            print("SimplePool::~SimplePool: Number of containers to release: " +
+                  std::to_string(vBlocks.size()) + "\n");
+        } catch (const std::bad_alloc&) {
+            // Not worth ending the process, which it would in a destructor.
+        }
+    }
 
     /// Out of line, so that get() stays a few instructions.
     [[gnu::noinline]] void grow() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <locale>
+#include <new>
 
 #include "Vector2.h"
 #include "diagnostics.h"
@@ -58,7 +59,11 @@ Visualizer2::Visualizer2(const std::string& fileName_) : out(fileName_), fileNam
 }
 
 Visualizer2::~Visualizer2() {
-    if (!bFileClosed) writeFile();
+    try {
+        if (!bFileClosed) writeFile();
+    } catch (const std::bad_alloc&) {
+        // A picture that isn't whole is better than a process that ends.
+    }
 }
 
 void Visualizer2::addObject(const Point2& point, const Color& color) {
