@@ -128,7 +128,7 @@ bool readBinary(std::ifstream& in, const char* path, const Reader& reader, std::
     if (!readValue(in, count)) return failed(path, " can't be read");
     const std::uint64_t numRead = readRecords(in, count, reader, records);
     // What little is missing becomes zeros; a number far beyond the data is damage.
-    if (count > 2 * numRead + blockSize) {
+    if (in.bad() || count > 2 * numRead + blockSize) {
         records.resize(oldSize);
         return failed(path, " can't be read");
     }
@@ -187,8 +187,12 @@ bool readXY(const char* path, std::vector<Point2>& points) {
     std::ifstream in(path);
     in.imbue(std::locale::classic());
     if (!in) return failed(path, " is unreadable");
+    const std::size_t oldSize = points.size();
     for (double x, y; in >> x >> y;) points.emplace_back(x, y);
-    return true;
+    // A word that is no number ends the points; so must not what can't be read, such as a folder.
+    if (!in.bad()) return true;
+    points.resize(oldSize);
+    return failed(path, " is unreadable");
 }
 
 }  // namespace KELMAR_NORVIK2D
