@@ -5,6 +5,7 @@
 #include "ExactReference.h"
 #include "Segment2.h"
 #include "SegmentChecker.h"
+#include "geometryTools.h"
 
 /// What two segments have in common, by exact signs and the order of points, for comparison with the library's answers.
 namespace exactSegments {

@@ -59,6 +59,18 @@ inline Figure onIntegerCircle(Decisions& from, double factor) {
     return figure;
 }
 
+/// Integers on a line, or a unit beside it.
+inline Figure onIntegerLine(Decisions& from) {
+    constexpr int far = 1 << 30, most = 1000;
+    const double x = 1024.0 * from.around0(far), y = 1024.0 * from.around0(far), dx = from.around0(most),
+                 dy = from.around0(most);
+    const auto on = [&] {
+        const double t = from.around0(most);
+        return Point2(x + t * dx + (from.oneIn(4) ? 1.0 : 0.0), y + t * dy);
+    };
+    return {on(), on(), on(), on()};
+}
+
 /// Corners of an axis-parallel rectangle; the last one may be a last place away.
 inline Figure onRectangle(Decisions& from) {
     const Point2 a = anywhere(from, 1.0), b = anywhere(from, 1.0);
@@ -99,11 +111,12 @@ constexpr unsigned turns = 1U << PredicateJudge::TURN, circles = 1U << Predicate
 /// Those with extreme numbers come last: predicates that are kept from call to call get coarser by them.
 // clang-format off
 inline constexpr Kind kinds[] = {
-    {"line", true, turns | segments, 120, [](Decisions& d) { return onLine(d, 1.0); }},
-    {"touching", true, segments, 80, [](Decisions& d) { return touching(d, 1000.0); }},
+    {"line", true, turns | segments, 80, [](Decisions& d) { return onLine(d, 1.0); }},
+    {"integer line", true, turns | segments, 60, onIntegerLine},
+    {"touching", true, segments, 60, [](Decisions& d) { return touching(d, 1000.0); }},
     {"circle", true, circles, 110, [](Decisions& d) { return onCircle(d, 1.0, 0.0); }},
-    {"circle far away", true, circles, 50, [](Decisions& d) { return onCircle(d, 1e-3, 100.0); }},
-    {"integer circle", true, circles, 40, [](Decisions& d) { return onIntegerCircle(d, 137438953447.0); }},
+    {"circle beside 0", true, circles, 50, [](Decisions& d) { return onCircle(d, 1000.0, 300.0); }},
+    {"integer circle", true, circles, 40, [](Decisions& d) { return onIntegerCircle(d, 137438953447000.0); }},
     {"rectangle", true, circles, 30, [](Decisions& d) { return onRectangle(d); }},
     {"uniform", false, all, 150, [](Decisions& d) { return Figure{anywhere(d, 1.0), anywhere(d, 1.0), anywhere(d, 1.0), anywhere(d, 1.0)}; }},
     {"integers to 4", false, all, 80, [](Decisions& d) { return integers(d, 4, 1.0); }},
