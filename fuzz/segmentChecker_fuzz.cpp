@@ -1,9 +1,9 @@
 // The segment checker against all pairs of segments, by exact signs.
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <utility>
@@ -93,20 +93,16 @@ private:
             judgeCrossing(told, s, t);
     }
 
-    /// Not far out of the boxes of both, as far as there are doubles for squares of coordinates.
+    /// It is rounded, and may be beside a segment that is very short in comparison, but not out of the box of both.
     static void judgeCrossing(const Point2& told, const Segment2& s, const Segment2& t) {
-        double magnitude = 0.0;
-        for (const Point2& p : {s.getSrc(), s.getTrg(), t.getSrc(), t.getTrg()})
-            magnitude = std::max({magnitude, std::fabs(p.x()), std::fabs(p.y())});
-        if (magnitude > 1e100) return;
-        const double tolerance = 1e-9 * magnitude;
-        for (const Segment2& segment : {s, t})
-            for (const auto coordinate : {&Point2::x, &Point2::y}) {
-                const double a = (segment.getSrc().*coordinate)(), b = (segment.getTrg().*coordinate)();
-                const double c = (told.*coordinate)();
-                expectPair(std::min(a, b) - tolerance <= c && c <= std::max(a, b) + tolerance, "crossing", s,
-                           t);
-            }
+        const Point2 ends[] = {s.getSrc(), s.getTrg(), t.getSrc(), t.getTrg()};
+        const auto [left, right] = std::minmax_element(
+            std::begin(ends), std::end(ends), [](const Point2& a, const Point2& b) { return a.x() < b.x(); });
+        const auto [low, high] = std::minmax_element(
+            std::begin(ends), std::end(ends), [](const Point2& a, const Point2& b) { return a.y() < b.y(); });
+        expectPair(
+            left->x() <= told.x() && told.x() <= right->x() && low->y() <= told.y() && told.y() <= high->y(),
+            "crossing", s, t);
     }
 
     /// What a segment's partners among others have to be.
