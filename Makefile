@@ -4,6 +4,8 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PREFIX ?= /usr/local
 # The build that demo, docs, package and install work with.
 RELEASE ?= release
+# How long make fuzz-long runs each target, and make soak in all.
+SECONDS ?= 1800
 
 DEPENDENCIES = scripts/install-dependencies.sh
 BUILD = cmake --build --parallel $(JOBS)
@@ -17,10 +19,10 @@ LINT_LIBRARY = $(foreach word,-Xclang -analyzer-config -Xclang mode=shallow,--ex
 LINT_TOOLS = --checks=-clang-analyzer-*
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench stress asan tsan format lint exports docs package install clean
+.PHONY: help demo test bench stress asan tsan fuzz fuzz-long predicates soak format lint exports docs package install clean
 
 help: ## list the targets
-	@sed -nE 's/^([a-z]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
+	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
 
 demo: ## triangulate the world's coastlines, draw them, fill the land, and mesh an island, in demo/
 	$(DEPENDENCIES) demo
@@ -51,6 +53,27 @@ asan: ## run the tests under the address and undefined behaviour sanitizers
 
 tsan: ## run the threaded tests under the thread sanitizer
 	@$(MAKE) test PRESET=tsan
+
+fuzz: ## run each fuzz target for a minute
+	@$(MAKE) fuzz-long SECONDS=60
+
+fuzz-long: ## run each fuzz target for half an hour, JOBS at a time (SECONDS=...)
+	$(DEPENDENCIES) fuzz
+	cmake --preset fuzz
+	$(BUILD) --preset fuzz
+	fuzz/run.sh build/fuzz $(SECONDS) $(JOBS)
+
+predicates: ## compare 100 million answers of the predicates with exact ones (SEED=...)
+	$(DEPENDENCIES) fuzz
+	cmake --preset release -DNORVIK2D_BUILD_FUZZERS=ON
+	$(BUILD) --preset release --target norvik2d_predicates
+	build/release/fuzz/norvik2d_predicates --threads $(JOBS) $(if $(SEED),--seed $(SEED))
+
+soak: ## work at random on meshes of JOBS threads for half an hour, all laws checked (SECONDS=..., SEED=...)
+	$(DEPENDENCIES) fuzz
+	cmake --preset release -DNORVIK2D_BUILD_FUZZERS=ON
+	$(BUILD) --preset release --target norvik2d_soak
+	build/release/fuzz/norvik2d_soak --seconds $(SECONDS) --threads $(JOBS) $(if $(SEED),--seed $(SEED))
 
 format: ## format all C++ files
 	$(DEPENDENCIES) lint

@@ -25,7 +25,12 @@ using Partners = std::map<Segment2*, SegmentIntersectionType>;
 
 class Judge {
 public:
-    explicit Judge(Decisions& from_) : from(from_), points(magnitudes()) {
+    explicit Judge(Decisions& from) {
+        using Magnitudes = HardPoints::Magnitudes;
+        rounding = roundingModes[from.below(4)];
+        bFlush = from.oneIn(2);
+        numLater = from.oneIn(4) ? from.below(4) : 0;
+        HardPoints points(from.oneIn(2) ? Magnitudes::ALL : Magnitudes::MODERATE);
         const unsigned numSegments = 1 + from.below(40);
         segments.reserve(numSegments);
         while (segments.size() < numSegments && !from.areOut()) {
@@ -33,12 +38,12 @@ public:
             segments.emplace_back(src, trg);
             points.remember(segments.back());
         }
+        fillTypes();
     }
 
     void judge() {
-        const ClientSettings settings(roundingModes[from.below(4)], from.oneIn(2));
+        const ClientSettings settings(rounding, bFlush);
         std::vector<Segment2*> first, later;
-        const unsigned numLater = from.oneIn(4) ? from.below(4) : 0;
         for (Segment2& segment : segments)  // the index isn't built before there is a segment
             (first.empty() || first.size() + numLater < segments.size() ? first : later).push_back(&segment);
         const SegmentChecker checker(first);
@@ -49,12 +54,16 @@ public:
     }
 
 private:
-    HardPoints::Magnitudes magnitudes() {
-        return from.oneIn(2) ? HardPoints::Magnitudes::ALL : HardPoints::Magnitudes::MODERATE;
+    void fillTypes() {
+        for (const Segment2& s : segments)
+            for (const Segment2& t : segments)
+                types.push_back(&s == &t ? SIT_SEGMENT : exactSegments::typeOf(exact, s, t));
     }
-
-    SegmentIntersectionType typeOf(const Segment2& s, const Segment2& t) {
-        return &s == &t ? SIT_SEGMENT : exactSegments::typeOf(exact, s, t);
+    SegmentIntersectionType typeOf(const Segment2& s, const Segment2& t) const {
+        const auto indexOf = [&](const Segment2& segment) {
+            return static_cast<std::size_t>(&segment - segments.data());
+        };
+        return types[indexOf(s) * segments.size() + indexOf(t)];
     }
 
     static void expectPair(bool bHolds, const char* law, const Segment2& s, const Segment2& t) {
@@ -106,7 +115,7 @@ private:
     }
 
     /// What a segment's partners among others have to be.
-    Partners partnersAmong(const std::vector<Segment2*>& others, Segment2& segment, bool bEnds) {
+    Partners partnersAmong(const std::vector<Segment2*>& others, Segment2& segment, bool bEnds) const {
         Partners partners;
         for (Segment2* pOther : others) {
             if (pOther == &segment) continue;
@@ -164,10 +173,12 @@ private:
             expect(checker.getIndex(checker.getSegment(i)) == i, "indices are places of the list");
     }
 
-    Decisions& from;
-    HardPoints points;
+    int rounding;
+    bool bFlush;
+    unsigned numLater;  ///< segments that are added after the first question
     ExactReference exact;
     std::vector<Segment2> segments;
+    std::vector<SegmentIntersectionType> types;  ///< of all pairs
 };
 
 }  // namespace

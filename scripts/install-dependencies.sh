@@ -4,6 +4,7 @@
 #   install-dependencies.sh demo    what the library and the command-line program need
 #   install-dependencies.sh test    and what the tests need
 #   install-dependencies.sh bench   and what the benchmarks need
+#   install-dependencies.sh fuzz    what fuzzing needs
 #   install-dependencies.sh lint    what the checks of the sources need
 #   install-dependencies.sh exports what `make exports` needs
 #   install-dependencies.sh docs    what the documentation needs
@@ -20,6 +21,19 @@ has_command() { command -v "$1" >/dev/null 2>&1; }
 has_package() { [[ $(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]; }
 has_header() {
     has_package "$2" || { has_command c++ && echo "#include <$1>" | c++ -E -x c++ - >/dev/null 2>&1; }
+}
+
+has_libfuzzer() {
+    has_command clang++ || return 1
+    [[ -n $(find "$(clang++ -print-resource-dir)/lib" -name 'libclang_rt.fuzzer*.a' 2>/dev/null) ]]
+}
+# That of the clang that is there, or of the one that comes.
+libfuzzer_package() {
+    if has_command clang++; then
+        echo "libclang-rt-$(clang++ -dumpversion | cut -d. -f1)-dev"
+    else
+        echo libclang-rt-dev
+    fi
 }
 
 need_command() { has_command "$1" || missing+=("$2"); }
@@ -60,6 +74,13 @@ need_for_bench() {
     need_header benchmark/benchmark.h libbenchmark-dev
     need_header CGAL/version.h libcgal-dev
     need_header boost/version.hpp libboost-dev
+}
+
+need_for_fuzz() {
+    need_for_tool
+    need_command clang++ clang
+    # The fuzzer's and the sanitizers' libraries are packages of their own.
+    has_libfuzzer || missing+=("$(libfuzzer_package)")
 }
 
 need_for_lint() {
@@ -128,9 +149,9 @@ update_lists() {
 
 purpose=${1:-}
 case $purpose in
-    demo | test | bench | lint | exports | docs | package | ci) "need_for_$purpose" ;;
+    demo | test | bench | fuzz | lint | exports | docs | package | ci) "need_for_$purpose" ;;
     *)
-        echo "usage: ${0##*/} demo|test|bench|lint|exports|docs|package|ci" >&2
+        echo "usage: ${0##*/} demo|test|bench|fuzz|lint|exports|docs|package|ci" >&2
         exit 2
         ;;
 esac
