@@ -135,6 +135,12 @@ private:
         ++count;
     }
 
+    // Each choice is an expression of its own, or stands in braces: arguments of a call are evaluated in any order.
+
+    static double scaled(double value, int exponent, int spread, Decisions& from) {
+        return std::ldexp(value, exponent + from.around0(spread));
+    }
+
     double coordinate(Decisions& from) const {
         switch (from.below(magnitudes == Magnitudes::ALL ? 14 : 9)) {
             case 0:
@@ -150,15 +156,15 @@ private:
             case 7:
                 return -0.0;
             case 8:
-                return std::ldexp(from.around0(100), from.around0(12));
+                return scaled(from.around0(100), 0, 12, from);
             case 9:
-                return std::ldexp(from.around0(4), 495 + from.around0(10));  // around 1e150
+                return scaled(from.around0(4), 495, 10, from);  // around 1e150
             case 10:
-                return std::ldexp(from.around0(4), -495 + from.around0(10));
+                return scaled(from.around0(4), -495, 10, from);
             case 11:
                 return from.around0(12) * 5e-324;
             case 12:
-                return std::ldexp(2.0 * from.unit() - 1.0, from.around0(530));
+                return scaled(2.0 * from.unit() - 1.0, 0, 530, from);
             default:
                 return anyBits(from);
         }
@@ -208,7 +214,7 @@ private:
         const unsigned way = from.below(3);
         const double t = way == 0 ? from.unit() : from.around0(8) / (way == 1 ? 4.0 : 7.0);
         const Point2 on(a.x() + t * (b.x() - a.x()), a.y() + t * (b.y() - a.y()));
-        return from.oneIn(2) ? Point2(nudged(on.x(), from), nudged(on.y(), from)) : on;
+        return from.oneIn(2) ? Point2{nudged(on.x(), from), nudged(on.y(), from)} : on;
     }
 
     /// One of 32 points of the circle with radius 65.

@@ -79,13 +79,16 @@ inline Figure onRectangle(Decisions& from) {
 }
 
 inline Figure integers(Decisions& from, int most, double unitLength) {
-    const auto any = [&] { return Point2(unitLength * from.around0(most), unitLength * from.around0(most)); };
+    const auto any = [&] { return Point2{unitLength * from.around0(most), unitLength * from.around0(most)}; };
     return {any(), any(), any(), any()};
 }
 
 inline Figure ofAnyMagnitude(Decisions& from) {
-    const auto any = [&] { return std::ldexp(around0(from), from.around0(1020)); };
-    const auto point = [&] { return Point2(any(), any()); };
+    const auto any = [&] {
+        const double value = around0(from);
+        return std::ldexp(value, from.around0(1020));
+    };
+    const auto point = [&] { return Point2{any(), any()}; };
     return {point(), point(), point(), point()};
 }
 

@@ -1,5 +1,6 @@
 // The file readers of the library and of the command-line program. The first byte says which one; then comes the file, and behind
-// a separator the file beside it, where the format has one.
+// a separator the file beside it, where the format has one. Or a face is made of the bytes, for the step that all formats of
+// triangles share.
 #include <stdlib.h>
 
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include "formats/mshFile.h"
 #include "formats/triangleFiles.h"
 #include "inputFiles.h"
+#include "judgeFace.h"
 
 using namespace KELMAR_NORVIK2D;
 
@@ -189,7 +191,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t siz
     setMessageHandler(silentMessageHandler());
     if (size == 0) return 0;
     const std::string_view content(reinterpret_cast<const char*>(pData) + 1, size - 1);
-    // Printable ones, so that an input can be written by hand: x, p and s for the library's readers, digits for the program's.
+    // Printable ones, so that an input can be written by hand: x, p and s for the library's readers, digits for the program's,
+    // f for faces with many corners as these take them.
     switch (pData[0]) {
         case 'x':
             readTextOfLibrary(folder, content);
@@ -200,6 +203,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t siz
         case 's':
             readSegmentsOfLibrary(folder, content);
             break;
+        case 'f': {
+            Decisions decisions(pData + 1, size - 1);
+            FaceJudge(decisions).judge();
+            break;
+        }
         default:
             const auto& [ending, endingBeside] = formats[(pData[0] - '0' + 250U) % std::size(formats)];
             readByProgram(folder, ending, endingBeside, content);
