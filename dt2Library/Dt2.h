@@ -209,6 +209,10 @@ public:
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
                                        ConstraintInsertionStrategy cis, bool bOrientedSegments);
     ConstraintGraph2* createConstraint(const std::vector<Edge2*>& vEdges, ConstraintInsertionStrategy cis);
+    /// Inserts the ends of segments that have a length and makes edges of them, one after the other, until a vertex or another
+    /// one is in the way of one: false then, and nothing was divided. False, with a warning, for coordinates that aren't finite,
+    /// true as long as there are no triangles.
+    bool establishUndivided(const std::vector<Segment2>& vSegments);
     /// Drives all constraints into the mesh.
     void applyConstraintsAndZones();
 

@@ -13,17 +13,26 @@ namespace KELMAR_NORVIK2D {
 
 // --------------------------------------------------------------------------------------------- input
 
+namespace {
+
+bool areFinite(const std::vector<Segment2>& vSegments) {
+    for (const Segment2& segment : vSegments) {
+        if (isFinite(segment.getSrc()) && isFinite(segment.getTrg())) continue;
+        warning("Dt2::createConstraint()", "non-finite coordinates, nothing done");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 ConstraintGraph2* Dt2::createConstraint(const std::vector<Segment2>& vSegments,
                                         ConstraintInsertionStrategy cis, bool bOrientedSegments) {
     if (vSegments.empty()) {
         warning("Dt2::createConstraint(..)", "vSegments is empty, returning NULL");
         return nullptr;
     }
-    for (const Segment2& segment : vSegments) {
-        if (isFinite(segment.getSrc()) && isFinite(segment.getTrg())) continue;
-        warning("Dt2::createConstraint()", "non-finite coordinates, nothing done");
-        return nullptr;
-    }
+    if (!areFinite(vSegments)) return nullptr;
     return bOrientedSegments ? constraintMgr.createConstraint_oriented(vSegments, cis)
                              : constraintMgr.createConstraint(vSegments, cis);
 }
@@ -34,6 +43,28 @@ ConstraintGraph2* Dt2::createConstraint(const std::vector<Edge2*>& vEdges, Const
         return nullptr;
     }
     return constraintMgr.createConstraint(vEdges, cis, true);
+}
+
+bool Dt2::establishUndivided(const std::vector<Segment2>& vSegments) {
+    if (!areFinite(vSegments)) return false;
+    std::vector<double> vCoordinates;
+    for (const Segment2& segment : vSegments)
+        for (const Point2& end : {segment.getSrc(), segment.getTrg()})
+            vCoordinates.insert(vCoordinates.end(), {end.x(), end.y()});
+    std::vector<Point2*> vEnds(2 * vSegments.size());
+    insert(static_cast<int>(vEnds.size()), vCoordinates.data(), vEnds.data());
+
+    std::vector<ConstraintMgr::PointPair> vPairs;
+    for (std::size_t i = 0; i < vEnds.size(); i += 2) vPairs.emplace_back(vEnds[i], vEnds[i + 1]);
+    const ConstraintGraph2* const pGraph =
+        constraintMgr.createConstraint(vPairs, CIS_CONSTRAINED_DELAUNAY, false);
+    if (!is2D()) return true;
+    std::vector<ConstraintSegment2*> vRecords;
+    pGraph->getAliveConstraintChain(vRecords);
+    return std::all_of(vRecords.begin(), vRecords.end(), [this](ConstraintSegment2* pCSeg) {
+        Crossings crossings;
+        return newCDT_traverseCZ(pCSeg, crossings) == nullptr && crossings.empty();
+    });
 }
 
 void Dt2::applyConstraintsAndZones() {

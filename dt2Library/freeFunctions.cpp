@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "AddressSet.h"
-#include "ConstraintGraph2.h"
+#include "Dt2.h"
 #include "Norvik_2D.h"
 #include "Vector2.h"
 #include "Zone2.h"
@@ -152,14 +152,9 @@ bool isSimplePolygon(const std::vector<Segment2>& vSegments) {
     for (std::size_t place = 0; place < ends.numberOfPlaces(); ++place)
         if (ends.endsAt(place).size() % 2 != 0) return false;
 
-    // Whatever touches or crosses a segment divides it.
-    Norvik_2D mesh;
-    const ConstraintGraph2* const pGraph =
-        mesh.createConstraint(vWithLength, CIS_CONSTRAINED_DELAUNAY, false);
-    if (pGraph == nullptr) return false;
-    std::vector<ConstraintSegment2*> vPieces;
-    pGraph->getAliveConstraintChain(vPieces);
-    return vPieces.size() == vWithLength.size();
+    // To divide the segments where they cross would tell it as well, but needn't end: those that nearly overlap are bent by the
+    // rounding of each crossing, and may cross again.
+    return Dt2(3).establishUndivided(vWithLength);
 }
 
 // ------------------------------------------------------------------------------------------------ edges and vertices

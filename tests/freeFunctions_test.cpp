@@ -304,6 +304,14 @@ TEST(FreeFunctions, SimplePolygonsHaveNoCrossings) {
     EXPECT_TRUE(isSimplePolygon(ring({{0, 0}, {4, 0}, {4, 4}, {2, 1e-300}, {0, 4}})));
 }
 
+TEST(FreeFunctions, CrossingsOfSidesThatNearlyOverlapEndTheQuestion) {
+    // Divided where they cross, the sides would cross again and again.
+    EXPECT_FALSE(isSimplePolygon(ring({{0.59955212427068072, 1.0715086071862673e+301},
+                                       {0.15590475234869514, 2.7863012618974646e+300},
+                                       {0.37772843830968794, 6.7506936668800686e+300},
+                                       {-4.5, 0}})));
+}
+
 TEST(FreeFunctions, BordersBecomePolygons) {
     for (unsigned seed = 1; seed <= 60; ++seed) {
         SCOPED_TRACE(seed);
