@@ -32,7 +32,7 @@ NORVIK2D_EXPORT bool sortRing(std::vector<Segment2>& vSegments);
 NORVIK2D_EXPORT bool sortRingCCW(std::vector<Segment2>& vSegments);
 
 /// Whether the segments are closed (an even number of ends at each point) and meet nowhere but at ends. Segments of no length
-/// don't count. Decided exactly, by a triangulation of the segments.
+/// don't count, and one may be given several times. Decided exactly, by a triangulation of the segments.
 NORVIK2D_EXPORT bool isSimplePolygon(const std::vector<Segment2>& vSegments);
 
 /// Appends the three edges of each triangle.
