@@ -49,8 +49,6 @@ ApiDriver::ApiDriver(Decisions& from_, const Options& options_) : from(from_), o
     begin();
 }
 
-ApiDriver::~ApiDriver() { Hearing::begin(); }
-
 void ApiDriver::begin() {
     // A new object, or the old one made new.
     if (pMesh == nullptr || from.oneIn(2))

@@ -41,7 +41,7 @@ public:
     };
 
     ApiDriver(Decisions& from_, const Options& options_);
-    ~ApiDriver();
+    ~ApiDriver() = default;
     ApiDriver(const ApiDriver&) = delete;
     ApiDriver& operator=(const ApiDriver&) = delete;
 
@@ -100,7 +100,11 @@ private:
     bool isHugeOrTiny() const { return character == Character::EXTREME; }
     bool mayCross() const { return character == Character::CLEAN || character == Character::MESSY; }
     bool isExact() const { return character != Character::MESSY; }
+    /// Whether all constraints are edges.
     bool isEnforced() { return pMesh->is2D() && !bWaiting && !bLacking; }
+
+    /// Whether zones and cuts are what they should be, or it doesn't matter whether they are.
+    bool isUsable() { return isEnforced() || (pMesh->is2D() && !isExact()); }
 
     // Points (ApiDriver_points.cpp)
     void insertOne();

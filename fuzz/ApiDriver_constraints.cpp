@@ -134,7 +134,7 @@ void ApiDriver::applyAndCancel() {
 
 /// Divides a piece at its middle, by its own operations.
 void ApiDriver::splitPiece() {
-    if (!mayCross() || !isEnforced() || vGraphs.empty()) return;
+    if (!mayCross() || !isUsable() || vGraphs.empty()) return;
     std::vector<Record*> vChain;
     from.oneOf(vGraphs)->getAliveConstraintChain(vChain);
     if (vChain.empty()) return;

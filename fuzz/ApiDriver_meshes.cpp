@@ -21,10 +21,16 @@ namespace {
 /// Finer to the right.
 class GradedParams : public MeshGenParams {
 public:
-    explicit GradedParams(Zone2* pZone_) : MeshGenParams(pZone_) {}
+    GradedParams(Zone2* pZone_, const Bbox2& box)
+        : MeshGenParams(pZone_),
+          middle(0.5 * (box.getMinX() + box.getMaxX())),
+          fine(0.1 * (box.getMaxX() - box.getMinX() + box.getMaxY() - box.getMinY())) {}
     double getMaxEdgeLength(Triangle2* pT) override {
-        return pT->getBarycenter().x() > 2.0 ? 2.0 : maxEdgeLength;
+        return pT->getBarycenter().x() > middle ? fine : maxEdgeLength;
     }
+
+private:
+    double middle, fine;
 };
 
 }  // namespace
@@ -32,12 +38,13 @@ public:
 /// One of the zones, if it isn't large, in the form that refinement takes; or null.
 ApiDriver::Zone2* ApiDriver::zoneToRefine() {
     constexpr std::size_t mostTriangles = 300;
-    if (vZones.empty() || !isEnforced()) return nullptr;
+    if (vZones.empty() || !isUsable()) return nullptr;
     const KnownZone known = from.oneOf(vZones);
     const Triangles vTriangles = trianglesOf(known.pZone);
     if (vTriangles.empty() || vTriangles.size() > mostTriangles) return nullptr;
     const ZoneLocation kind = known.pZone->getZoneLocation();
-    if (known.area.has_value() && (kind == ZL_BOUNDED || kind == ZL_INSIDE)) return known.pZone;
+    // Where pieces are missing a zone may leak.
+    if (known.area.has_value() && !bLacking && (kind == ZL_BOUNDED || kind == ZL_INSIDE)) return known.pZone;
     say("zone = mesh.createZone(triangles of zone)->convertToBoundedZone();");
     Zone2* const pZone = pMesh->createZone(vTriangles)->convertToBoundedZone();
     expect(pZone != nullptr, "a zone of triangles has a border");
@@ -55,7 +62,7 @@ void ApiDriver::refine() {
     const double area = zoneLaws::areaOf(pZone);
     constexpr double none = std::numeric_limits<double>::max();
     MeshGenParams plain(pZone);
-    GradedParams graded(pZone);
+    GradedParams graded(pZone, box);
     MeshGenParams& params = from.oneIn(4) ? graded : plain;
     params.minAngleDegree = 10.0 * from.below(4);
     params.minEdgeLength = extent * (from.oneIn(2) ? 0.02 : 0.1);

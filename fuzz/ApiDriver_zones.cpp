@@ -172,7 +172,7 @@ ApiDriver::Triangles ApiDriver::somePatch(std::size_t most) {
 
 void ApiDriver::zoneOfTriangles() {
     const Triangles vPatch = somePatch(1 + from.below(20));
-    if (vPatch.empty() || !isEnforced() || isHugeOrTiny()) return;
+    if (vPatch.empty() || !isUsable() || isHugeOrTiny()) return;
     const Shape shape = shapeOf(vPatch);
     say("mesh.createZone(patch of ", vPatch.size(), ");  // at ", vPatch[0]->getBarycenter());
     Zone2* const pZone = pMesh->createZone(vPatch);
@@ -187,7 +187,7 @@ void ApiDriver::zoneOfTriangles() {
 }
 
 void ApiDriver::boundZone() {
-    if (vZones.empty() || !isEnforced() || isHugeOrTiny()) return;
+    if (vZones.empty() || !isUsable() || isHugeOrTiny()) return;
     const KnownZone known = from.oneOf(vZones);
     const Shape shape = shapeOf(trianglesOf(known.pZone));
     say("zone->convertToBoundedZone();");
@@ -205,7 +205,7 @@ void ApiDriver::peelZone() {
     public:
         bool operator()(Triangle2* pT) override { return pT->getMaxSqEdgeLen2D() > 16.0; }
     } isLarge;
-    if (vZones.empty() || !isEnforced() || isHugeOrTiny()) return;
+    if (vZones.empty() || !isUsable() || isHugeOrTiny()) return;
     const Zone2* const pBefore = from.oneOf(vZones).pZone;
     const Set sBefore = setOf(trianglesOf(pBefore));
     if (sBefore.empty() || sBefore.size() > 200) return;
@@ -260,7 +260,7 @@ void ApiDriver::expectChain(const Segment2& knife) {
 }
 
 void ApiDriver::cut() {
-    if (!mayCross() || !isEnforced()) return;
+    if (!mayCross() || !isUsable()) return;
     Segments knives;
     for (unsigned n = 1 + from.below(2); n > 0; --n) knives.push_back(someSegment());
     if (!areAcceptable(knives, CIS_CONSTRAINED_DELAUNAY)) return;
@@ -304,7 +304,7 @@ double clippedArea(std::vector<Point2> polygon, const std::vector<Point2*>& vHul
 }  // namespace
 
 void ApiDriver::cutCookie() {
-    if (!mayCross() || !isEnforced()) return;
+    if (!mayCross() || !isUsable()) return;
     const Polygon polygon = somePolygon();
     const Segments ring = zoneLaws::ring(polygon);
     if (!areAcceptable(ring, CIS_CONSTRAINED_DELAUNAY)) return;
