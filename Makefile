@@ -19,7 +19,7 @@ LINT_LIBRARY = $(foreach word,-Xclang -analyzer-config -Xclang mode=shallow,--ex
 LINT_TOOLS = --checks=-clang-analyzer-*
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench stress asan tsan fuzz fuzz-long predicates soak format lint exports docs package install clean
+.PHONY: help demo test bench stress asan tsan coverage fuzz fuzz-long predicates soak format lint exports docs package install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -74,6 +74,16 @@ soak: ## work at random on meshes of JOBS threads for half an hour, all laws che
 	cmake --preset release -DNORVIK2D_BUILD_FUZZERS=ON
 	$(BUILD) --preset release --target norvik2d_soak
 	build/release/fuzz/norvik2d_soak --seconds $(SECONDS) --threads $(JOBS) $(if $(SEED),--seed $(SEED))
+
+coverage: ## tell how much of the library the tests execute; line by line in build/coverage/report
+	$(DEPENDENCIES) coverage
+	cmake --preset coverage -DNORVIK2D_BUILD_TESTS=ON
+	$(BUILD) --preset coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage --parallel $(JOBS)
+	mkdir -p build/coverage/report
+	gcovr --filter dt2Library/ --exclude-throw-branches --exclude-unreachable-branches -j $(JOBS) \
+	    --html-details build/coverage/report/index.html --print-summary build/coverage
 
 format: ## format all C++ files
 	$(DEPENDENCIES) lint

@@ -6,6 +6,7 @@
 #   install-dependencies.sh bench   and what the benchmarks need
 #   install-dependencies.sh fuzz    what fuzzing needs
 #   install-dependencies.sh lint    what the checks of the sources need
+#   install-dependencies.sh coverage what `make coverage` needs
 #   install-dependencies.sh exports what `make exports` needs
 #   install-dependencies.sh docs    what the documentation needs
 #   install-dependencies.sh package what the making of Debian packages needs
@@ -89,6 +90,11 @@ need_for_lint() {
     need_command clang-tidy clang-tidy
 }
 
+need_for_coverage() {
+    need_for_test
+    need_command gcovr gcovr
+}
+
 need_for_exports() {
     need_for_library
     need_command nm binutils
@@ -149,9 +155,9 @@ update_lists() {
 
 purpose=${1:-}
 case $purpose in
-    demo | test | bench | fuzz | lint | exports | docs | package | ci) "need_for_$purpose" ;;
+    demo | test | bench | fuzz | lint | coverage | exports | docs | package | ci) "need_for_$purpose" ;;
     *)
-        echo "usage: ${0##*/} demo|test|bench|fuzz|lint|exports|docs|package|ci" >&2
+        echo "usage: ${0##*/} demo|test|bench|fuzz|lint|coverage|exports|docs|package|ci" >&2
         exit 2
         ;;
 esac
