@@ -19,7 +19,7 @@ LINT_LIBRARY = $(foreach word,-Xclang -analyzer-config -Xclang mode=shallow,--ex
 LINT_TOOLS = --checks=-clang-analyzer-*
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test bench stress asan tsan coverage fuzz fuzz-long predicates soak format lint exports docs package install clean
+.PHONY: help demo test bench stress faults asan tsan coverage fuzz fuzz-long predicates soak format lint exports docs package install clean
 
 help: ## list the targets
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -47,6 +47,10 @@ stress: ## insert random points 200 times on random numbers of threads (SEED=...
 	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
 	$(BUILD) --preset $(PRESET) --target norvik2d_stress
 	build/$(PRESET)/tests/norvik2d_stress $(SEED)
+
+faults: ## plant forty small faults, and tell which of them the tests catch
+	$(DEPENDENCIES) faults
+	JOBS=$(JOBS) tests/faults/plant.py
 
 asan: ## run the tests under the address and undefined behaviour sanitizers
 	@$(MAKE) test PRESET=asan-ubsan

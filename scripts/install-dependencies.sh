@@ -3,6 +3,7 @@
 #
 #   install-dependencies.sh demo    what the library and the command-line program need
 #   install-dependencies.sh test    and what the tests need
+#   install-dependencies.sh faults  and what plants faults that the tests are to catch
 #   install-dependencies.sh bench   and what the benchmarks need
 #   install-dependencies.sh fuzz    what fuzzing needs
 #   install-dependencies.sh lint    what the checks of the sources need
@@ -68,6 +69,11 @@ need_for_test() {
     need_header gtest/gtest.h libgtest-dev
     need_command git git
     need_command pkg-config pkg-config
+}
+
+need_for_faults() {
+    need_for_test
+    need_command python3 python3
 }
 
 need_for_bench() {
@@ -155,9 +161,9 @@ update_lists() {
 
 purpose=${1:-}
 case $purpose in
-    demo | test | bench | fuzz | lint | coverage | exports | docs | package | ci) "need_for_$purpose" ;;
+    demo | test | faults | bench | fuzz | lint | coverage | exports | docs | package | ci) "need_for_$purpose" ;;
     *)
-        echo "usage: ${0##*/} demo|test|bench|fuzz|lint|coverage|exports|docs|package|ci" >&2
+        echo "usage: ${0##*/} demo|test|faults|bench|fuzz|lint|coverage|exports|docs|package|ci" >&2
         exit 2
         ;;
 esac
