@@ -277,6 +277,9 @@ TEST(ConstraintGraph2, ResultsReplaceOrAppendAndRepeatsComeOnce) {
     EXPECT_EQ(vLeaves.size(), 3U);
     square.manager().getAliveConstraintSegments(vLeaves);
     EXPECT_EQ(vLeaves.size(), 6U);
+    CaptureOutput output;
+    pGraph->getOriginalSegments(nullptr, vLeaves);
+    EXPECT_TRUE(vLeaves.size() == 6 && output.told("WARNING"));
 }
 
 // ------------------------------------------------------------------------------------------------ manager

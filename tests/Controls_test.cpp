@@ -346,54 +346,6 @@ TEST(ProgressPhases, CutAndImportHaveOneEach) {
     expectOnePhase(imported, "importTriangles", [&] { imported.importTriangles(soup, true, false); });
 }
 
-TEST(OriginalSegments, AreThoseThatAPieceIsAPartOf) {
-    using Records = std::vector<ConstraintSegment2*>;
-    for (const hardSegments::Kind& kind : hardSegments::kinds) {
-        Rng rng(1);
-        Norvik_2D mesh;
-        const ConstraintGraph2* graphs[2];
-        std::map<ConstraintSegment2*, Records> mRootsOf[2];
-        CaptureOutput output;
-        for (auto& pGraph : graphs) {
-            pGraph = mesh.createConstraint(hardSegments::spoilt(kind.make(rng, 12), rng),
-                                           CIS_CONSTRAINED_DELAUNAY);
-            Records vPieces, vTold;
-            graphs[0]->getChildConstraintSegments(vPieces);
-            graphs[0]->getOriginalSegments(vPieces[0], vTold);  // asked before they are divided further
-        }
-        for (const int g : {0, 1}) {
-            Records vRoots;
-            graphs[g]->getOriginalConstraintSegments(vRoots);
-            for (ConstraintSegment2* pRoot : vRoots) {
-                std::set<ConstraintSegment2*> sBelow;
-                for (Records vOpen{pRoot}; !vOpen.empty();) {
-                    ConstraintSegment2 *pRecord = vOpen.back(), *pChild0 = nullptr, *pChild1 = nullptr;
-                    Point2* pSplit = nullptr;
-                    vOpen.pop_back();
-                    if (!sBelow.insert(pRecord).second || pRecord->isAlive()) continue;
-                    pRecord->getChildrenAndSplitPoint(pChild0, pChild1, pSplit);
-                    vOpen.insert(vOpen.end(), {pChild0, pChild1});
-                }
-                for (ConstraintSegment2* pRecord : sBelow) mRootsOf[g][pRecord].push_back(pRoot);
-            }
-        }
-        CaptureOutput silence;
-        for (const int g : {0, 1})
-            for (auto* pRoots : {&mRootsOf[0], &mRootsOf[1]})
-                for (const auto& entry : *pRoots) {
-                    Records vExpected = mRootsOf[g][entry.first], vTold{nullptr};
-                    std::sort(vExpected.begin(), vExpected.end(), std::less<>());
-                    vExpected.insert(vExpected.begin(), nullptr);
-                    graphs[g]->getOriginalSegments(entry.first, vTold);
-                    ASSERT_EQ(vTold, vExpected) << kind << ": appended, by address";
-                }
-        EXPECT_EQ(silence.out(), "");
-        Records vNone;
-        graphs[0]->getOriginalSegments(nullptr, vNone);
-        EXPECT_TRUE(vNone.empty() && silence.told("WARNING"));
-    }
-}
-
 TEST(LocateMany, AnswersAsManySingleQuestions) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     for (const hardPoints::Kind& kind : hardPoints::kinds) {

@@ -186,34 +186,6 @@ TEST(Dt2Bulk, ProgressRisesToOneInAboutAHundredSteps) {
             }
 }
 
-TEST(Dt2Bulk, FakeCornersAreSeenByNobody) {
-    // They stand at 1.01 of the doubled box, and are neither counted nor boxed in; progress passes while they are there.
-    struct Watcher : Listener {
-        Norvik_2D* pMesh = nullptr;
-        std::size_t numPoints = 0;
-        void update(MsgType, const std::string&, double value) override {
-            if (value < 0.5 || value == 1.0) return;
-            numPoints = pMesh->numberOfPoints();
-            values = {pMesh->getImpl()->getVertexVault().getFakeBoxCorner(2)->x(),
-                      pMesh->getImpl()->getVertexVault().getFakeBoxCorner(0)->y()};
-        }
-    } watcher;
-    Norvik_2D mesh;
-    watcher.pMesh = &mesh;
-    mesh.setNumCPU(2);
-    mesh.subscribe(MSGTYPE_PROGRESS, &watcher);
-    std::vector<Point2> points = hardPoints::uniformPoints(500, 5);
-    points.emplace_back(0, 0);
-    points.emplace_back(1, 1);
-    mesh.insert(points);
-    EXPECT_EQ(watcher.numPoints, 502U);
-    EXPECT_DOUBLE_EQ(watcher.values.at(0), 1.51);
-    EXPECT_DOUBLE_EQ(watcher.values.at(1), -0.51);
-    EXPECT_EQ(mesh.computeBoundingBox().getMaxX(), 1.0);
-    EXPECT_FALSE(mesh.getImpl()->getVertexVault().hasFakeBox());
-    EXPECT_EQ(lawsBroken(mesh), "");
-}
-
 TEST(Dt2Bulk, StoringOnlyMakesNoTriangles) {
     Dt2 dt2(3);
     std::vector<Point2*> handles;

@@ -3,7 +3,6 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 
 #include "Dt2.h"
 #include "Norvik_2D.h"
@@ -150,23 +149,4 @@ TEST(Facade, SettingsReturnWhenASubscriberThrows) {
             EXPECT_THROW(mesh.insert(hardPoints::uniformPoints(1000, 1)), std::runtime_error);
             EXPECT_TRUE(settings.areKept());
         }
-}
-
-TEST(Facade, ObjectsOfDifferentThreadsAreIndependent) {
-    std::vector<std::thread> vThreads;
-    std::vector<std::string> vBroken(4, "not run");
-    for (unsigned i = 0; i < 4; ++i)
-        vThreads.emplace_back([i, &vBroken] {
-            std::string broken;
-            for (const hardPoints::Kind& kind : hardPoints::kinds) {
-                hardPoints::Rng rng(i);
-                Norvik_2D mesh;
-                mesh.setNumCPU(static_cast<int>(i) + 1);
-                mesh.insert(hardPoints::makePoints(kind, 100, rng));
-                broken += lawsBroken(mesh);
-            }
-            vBroken[i] = broken;
-        });
-    for (std::thread& thread : vThreads) thread.join();
-    EXPECT_EQ(vBroken, std::vector<std::string>(4, ""));
 }

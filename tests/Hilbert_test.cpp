@@ -80,16 +80,6 @@ TEST(Hilbert, KeysOfTheTableAreThoseOfTheLoop) {
         }
 }
 
-TEST(Hilbert, QuadrantsOfTheFirstLevel) {
-    const HC2 hc(0, 0, 2, 2, 30);
-    const Point2 quadrants[] = {{0.5, 0.5}, {0.5, 1.5}, {1.5, 1.5}, {1.5, 0.5}};
-    for (std::uint32_t digit = 0; digit < 4; ++digit) EXPECT_EQ(hc.iReset(quadrants[digit]) >> 28, digit);
-    EXPECT_EQ(hc.iReset({0, 0}), 0U);
-    EXPECT_EQ(hc.iReset({0.3, 0.3}), hc.iReset({0.3 + 1e-6, 0.3}));  // closer than a cell
-    EXPECT_EQ(hc.iReset({2, 0.3}), hc.iReset({0, 0.3}));             // the upper side wraps
-    EXPECT_EQ(hc.iReset({2, 2}), 0U);
-}
-
 TEST(Hilbert, TheCurveVisitsEachCellOnceAndOnlyStepsToNeighbours) {
     constexpr int size = 32;
     const HC2 hc(0, 0, size, size, 10);

@@ -179,57 +179,6 @@ TEST(VertexVault, CloseTrianglesAreAliveWhateverWasRemoved) {
     expectCondition("bFullDimensional", [&] { empty.getVertexVault().getCloseTriangle(0); });
 }
 
-TEST(VertexVault, ThreeInitialPointsTurnLeftAndIncludeTheFirst) {
-    const struct {
-        std::vector<Point2> points;
-        bool bFound;
-    } cases[] = {{{{1, 1}}, false},
-                 {{{1, 1}, {1, 1}, {1, 1}, {1, 1}}, false},
-                 {{{0, 0}, {1, 1}, {2, 2}, {5, 5}}, false},
-                 {{{0, 0}, {0, 0}, {1, 1}, {0, 0}, {2, 2}, {1, 1}, {3, 0}}, true},
-                 {{{0, 0}, {1, 1}, {2, 2}, {0, 3}}, true}};
-    for (const auto& [points, bFound] : cases) {
-        Dt2 dt2(3);
-        VertexVault& vault = dt2.getVertexVault();
-        std::vector<Point2*> vVertices;
-        for (const Point2& point : points) {
-            vVertices.push_back(dt2.newVertex(point));
-            vault.addItem(0, vVertices.back());
-        }
-        Point2 *pA = nullptr, *pB = nullptr, *pC = nullptr;
-        ASSERT_EQ(vault.getThreeInitialPoints(pA, pB, pC), bFound);
-        if (!bFound) continue;
-        EXPECT_GT(exactSigns::orientationSign(*pA, *pB, *pC), 0);
-        EXPECT_EQ(pA, vVertices[0]);
-    }
-    Dt2 empty(3);
-    Point2* p = nullptr;
-    expectCondition("!vIdxVtxAct.empty()", [&] { empty.getVertexVault().getThreeInitialPoints(p, p, p); });
-    insertEach(empty, square);
-    expectCondition("!bFullDimensional", [&] { empty.getVertexVault().getThreeInitialPoints(p, p, p); });
-    expectCondition("!vertexVault.bFullDimensional", [&] { empty.createFullDimTriangle(0); });
-}
-
-TEST(VertexVault, DuplicatesWaitUntilTheyAreTreated) {
-    Dt2 dt2(3);
-    VertexVault& vault = dt2.getVertexVault();
-    const std::vector<Point2*> handles = insertEach(dt2, square);
-    vault.registerDup(handles[0], handles[0]);
-    EXPECT_TRUE(vault.dupIsClean());
-    expectCondition("mRedundant2UniqueVtx.size()==1", [&] { vault.treatOneDupGetHandle(handles[0]); });
-
-    Point2* pLoser = dt2.newVertex(square[1]);
-    vault.addItem(7, pLoser);
-    vault.registerDup(pLoser, handles[1]);
-    EXPECT_FALSE(vault.dupIsClean());
-    expectCondition("bInserted", [&] { vault.registerDup(pLoser, handles[2]); });
-    expectCondition("pDup==pLastItem->pVtx", [&] { vault.treatOneDupGetHandle(handles[1]); });
-    EXPECT_EQ(vault.treatOneDupGetHandle(pLoser), handles[1]);
-    EXPECT_TRUE(vault.dupIsClean());
-    EXPECT_FALSE(vault.isActive(pLoser));
-    EXPECT_EQ(vault.computeNumberOfPoints(), 4U);
-}
-
 TEST(VertexVault, TheFakeBoxEnclosesAndVanishes) {
     for (const bool bTwoDimensional : {false, true}) {
         Dt2 dt2(3);

@@ -129,10 +129,16 @@ private:
         expect(sGiven.size() == mRoots.size(), "graphs have no other segments");
         expect(pGraph->isOriented() == (demand.bOriented || pGraph->isPolygon()),
                "graphs are oriented by input or as a ring");
-        Tree tree{pGraph, {}, {}, {}, false};
+        Tree tree{pGraph, {}, {}, {}, {}, false};
         for (Record* pRoot : vRoots) {
             const bool bTurned = pGraph->isPolygon() && !demand.bOriented;
             follow(tree, pRoot, bTurned ? directedEnds(pGraph, pRoot).first : mStart[pRoot], *pRoot);
+        }
+        for (const auto& [pRecord, sRoots] : tree.mRoots) {
+            Records vTold(1);  // appended to
+            pGraph->getOriginalSegments(pRecord, vTold);
+            expect(std::equal(vTold.begin() + 1, vTold.end(), sRoots.begin(), sRoots.end()),
+                   "graphs know of what each piece is a part", pRecord);
         }
         checkChain(tree, numGiven == sGiven.size());
         // Only an oriented graph answers for directions.
@@ -145,15 +151,17 @@ private:
     /// All that hangs on the segments of a graph.
     struct Tree {
         const Graph* pGraph;
-        std::map<Record*, Point2*> mStart;  ///< where each record begins
-        Records vPieces;                    ///< in the direction of travel
-        std::vector<Point2*> vEnds;         ///< two for each piece
+        std::map<Record*, Point2*> mStart;            ///< where each record begins
+        std::map<Record*, std::set<Record*>> mRoots;  ///< the segments that each record is a part of
+        Records vPieces;                              ///< in the direction of travel
+        std::vector<Point2*> vEnds;                   ///< two for each piece
         /// Segments that overlap share pieces, which they may want in different directions. The last one has its way.
         bool bShared;
     };
 
     /// Takes in the pieces of a record that begins at `pFrom`.
-    void follow(Tree& tree, Record* pRecord, Point2* pFrom, const Record& root) {
+    void follow(Tree& tree, Record* pRecord, Point2* pFrom, Record& root) {
+        tree.mRoots[pRecord].insert(&root);
         mOwners[pRecord].insert(tree.pGraph);
         if (!tree.mStart.emplace(pRecord, pFrom).second) tree.bShared = true;
         Point2* const pTo = pFrom == pRecord->getSrc() ? pRecord->getTrg() : pRecord->getSrc();
