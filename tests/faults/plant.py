@@ -22,7 +22,8 @@ WORK = ROOT / "build" / "faults"
 TREE, BUILD = WORK / "tree", WORK / "build"
 JOBS = int(os.environ.get("JOBS") or os.cpu_count())
 FEWEST_CAUGHT = 38
-SECONDS_PER_RUN = 600  # some times what all tests take: what isn't done then hangs
+# A few times what all tests take: what isn't done then hangs. By the clock too, for those that wait for each other.
+CPU_SECONDS, SECONDS = 300, 900
 
 
 class Fault:
@@ -80,11 +81,13 @@ def build():
 
 def run(command, directory, **variables):
     """What a command prints, and what became of it: '' for success."""
-    process = subprocess.Popen(command, cwd=directory, env=os.environ | variables, stdout=subprocess.PIPE,
-                               stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True)
+    process = subprocess.Popen(["prlimit", f"--cpu={CPU_SECONDS}", *command], cwd=directory,
+                               env=os.environ | variables, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                               errors="replace", start_new_session=True)
     try:
-        output = process.communicate(timeout=SECONDS_PER_RUN)[0]
-        end = "" if process.returncode == 0 else "crashes in" if process.returncode < 0 else "fails"
+        output = process.communicate(timeout=SECONDS)[0]
+        ends = {0: "", -signal.SIGXCPU: "hangs in", -signal.SIGKILL: "hangs in"}
+        end = ends.get(process.returncode, "crashes in" if process.returncode < 0 else "fails")
     except subprocess.TimeoutExpired:
         os.killpg(process.pid, signal.SIGKILL)
         output, end = process.communicate()[0], "hangs in"
@@ -120,7 +123,8 @@ def suites_in(test):
 def first_failure(tests):
     """The name of the first test that fails: those that are about the source come first. '' if none does."""
     related = ":".join(suite for test in tests for suite in suites_in(test))
-    return (related and first_gtest_failure(related)) or first_gtest_failure(f"-{related}", JOBS) or first_tool_failure()
+    failure = first_gtest_failure(related) if related else ""
+    return failure or first_gtest_failure(f"-{related}", JOBS) or first_tool_failure()
 
 
 def plant(fault):
