@@ -2,16 +2,19 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <stdexcept>
 #include <thread>
 
 #include "Dt2.h"
+#include "RefinementQueue.h"
 #include "captureOutput.h"
 #include "clientSettings.h"
 #include "meshDomains.h"
 #include "splitPoint.h"
 
 using namespace meshDomains;
+using hardPoints::below;
 
 namespace {
 
@@ -340,6 +343,24 @@ TEST(Refinement, MeshesAreTheSameUnderAnySettingsAndAtTheSameTime) {
         });
     for (std::thread& thread : threads) thread.join();
     for (std::size_t i = 0; i < 4; ++i) EXPECT_TRUE(meshes[i] == meshOf(i)) << i;
+}
+
+TEST(Refinement, WhatIsWorstIsServedFirstAndEqualsInTurn) {
+    Rng rng(1);
+    Triangle2 triangle;
+    RefinementQueue queue;
+    std::multimap<double, std::uint32_t> mWaiting;
+    for (std::uint32_t numPushed = 0; numPushed < 5000;) {
+        ASSERT_EQ(queue.size(), mWaiting.size());
+        if (queue.empty() || below(rng, 7) < 4) {
+            const double angle = 10.0 + 0.01 * below(rng, 50);  // several of them in a bucket
+            queue.push(angle, &triangle);
+            mWaiting.emplace(angle, numPushed++);
+        } else {
+            ASSERT_EQ(queue.pop().order, mWaiting.begin()->second);
+            mWaiting.erase(mWaiting.begin());
+        }
+    }
 }
 
 TEST(Refinement, ProgressIsToldAsOnePhase) {

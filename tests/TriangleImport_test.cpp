@@ -241,6 +241,19 @@ TEST(TriangleImport, LeavesAMeshLikeAnyOther) {
     }
 }
 
+TEST(TriangleImport, RemovalsRepairWhatTheyTouch) {
+    // Of the rectangle around the first point the upper side isn't Delaunay, neither before nor after its removal.
+    const Point2 v(0, 0), a(-2, -2), b(2, -2), p(2, 1), q(-2, 1), w(0, 1.5);
+    Polygon soup{v, a, b, v, b, p, v, p, q, v, q, a, p, w, q};
+    Norvik_2D mesh;
+    CaptureOutput output;
+    ASSERT_NE(mesh.importTriangles(soup, false, false), nullptr);
+    EXPECT_FALSE(mesh.checkValidity(true, "given"));
+    mesh.remove(mesh.insert(v));
+    EXPECT_EQ(mesh.numberOfTriangles(), 3U);
+    EXPECT_TRUE(mesh.checkValidity(true, "repaired"));
+}
+
 TEST(TriangleImport, TakesBackItsOwnExport) {
     Norvik_2D mesh;
     mesh.insert(uniformPoints(50000, 1));

@@ -351,6 +351,8 @@ TEST(Zone2, WhatCantBeMadeIsNullWithAMessage) {
     expectNull(onlyGrow + "Returning NULL", [&] { return mesh.createZone(board.pA, ZL_INSIDE, {5, 5}); });
     expectNull(peel + "zone is NULL, returning NULL", [&] { return peelOffIf(nullptr, &never); });
     expectNull(peel + "zone is empty, returning NULL", [&] { return peelOffIf(pNothing, &never); });
+    expectNull("peelOffIf(), WARNING: The predicate is NULL, returning NULL",
+               [&] { return peelOffIf(pA, nullptr); });
     expectNull("Norvik_2D::createZone(..), WARNING: No zone created, returning NULL (bVerbose==true)",
                [&] { return mesh.createZone(nullptr, ZL_INSIDE, true); });
     for (const Operation& operation : operations) {

@@ -55,6 +55,8 @@ inline const Kind kinds[] = {
     {"linesAt1e_3", [](Rng& r, int) { return onLines(r, 1e-3, 1.0); }},
     {"linesAt1", [](Rng& r, int) { return onLines(r, 1.0, 2.0); }},
     {"farLines", [](Rng& r, int) { return onLines(r, 1e3, 4e3, 1e15); }},
+    // Neighbouring doubles: on the left the box can't be made any larger.
+    {"closeFarLines", [](Rng& r, int) { return Point2(4e15 + 0.5 * below(r, 2), 1e5 * unit(r)); }},
     {"grid", [](Rng& r, int) { return Point2(below(r, 400), below(r, 400)); }},
     {"circle1", [](Rng& r, int) { return onCircle(r, 1.0); }},
     {"circle1e6", [](Rng& r, int) { return onCircle(r, 1e6); }},
