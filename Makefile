@@ -87,7 +87,7 @@ coverage: ## tell how much of the library the tests execute; line by line in bui
 	ctest --preset coverage --parallel $(JOBS)
 	mkdir -p build/coverage/report
 	gcovr --filter dt2Library/ --exclude-throw-branches --exclude-unreachable-branches -j $(JOBS) \
-	    --html-details build/coverage/report/index.html --print-summary build/coverage
+	    --html-details build/coverage/report/index.html --print-summary build/coverage/CMakeFiles/norvik2d_objects.dir
 
 format: ## format all C++ files
 	$(DEPENDENCIES) lint
