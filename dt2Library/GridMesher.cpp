@@ -355,7 +355,11 @@ void GridMesher::chopConstraints(std::vector<Segment2> vKnives) {
     while (!vOpen.empty()) {
         ConstraintSegment2* const pCSeg = vOpen.back();
         vOpen.pop_back();
-        require(pCSeg->isAlive(), "pCSeg->isAlive()");
+        if (!pCSeg->isAlive()) {
+            // Divided meanwhile: a piece of another one was this very segment, or a rounded split came to lie on it.
+            pCSeg->getChildrenRec(vOpen);
+            continue;
+        }
         Segment2 constraint = segmentOf(pCSeg);
         Point2 split;
         if (!findSplit(checker, constraint, split)) continue;

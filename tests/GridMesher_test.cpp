@@ -120,3 +120,25 @@ TEST(GridMesher, ChoppedConformingSegmentsMayBeInMoreThanHalves) {
     EXPECT_EQ(lawsBroken(meshed.mesh), "");
     EXPECT_DOUBLE_EQ(zoneLaws::areaOf(meshed.pZone), 400.0);
 }
+
+TEST(GridMesher, AChoppedSegmentMayHaveAnotherOneAsItsPiece) {
+    // Crossings with the grid are rounded, so that a segment from an end to one of them isn't a part of the longer one.
+    const Segment2 wall({1, 2}, {18, 9});
+    const auto chopped = [&](const Segments& segments) {
+        Meshed meshed({"square", {box(0, 0, 20, 20)}});
+        meshed.mesh.createConstraint(segments, CIS_CONSTRAINED_DELAUNAY);
+        MeshGenParams params = meshed.paramsOf({.gridLength = 2, .gridVector = {1, 0}});
+        GridMesher(&params).insertGridPoints(true);
+        EXPECT_EQ(lawsBroken(meshed.mesh), "");
+        std::vector<Point2> points;
+        std::vector<Point2*> vVertices;
+        meshed.mesh.getVertexPointers(vVertices);
+        for (Point2* pVtx : vVertices)
+            if (meshed.mesh.isConstraint(pVtx)) points.push_back(*pVtx);
+        return points;
+    };
+    const Vector2 across = normalize(wall.getTrg() - wall.getSrc()).orthogonalVector();
+    for (const Point2& split : chopped({wall}))
+        if (std::fabs((split - wall.getSrc()) * across) < 1e-9 && split != wall.getSrc())
+            chopped({{wall.getSrc(), split}, wall});
+}
