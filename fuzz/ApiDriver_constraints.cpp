@@ -1,6 +1,7 @@
 // Constraints and their records.
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "ApiDriver.h"
 #include "ApiListener.h"
@@ -93,6 +94,14 @@ void ApiDriver::addSegments() {
     create(segments, cis, from.oneIn(2));
 }
 
+/// Whether the polygon neither crosses nor touches itself.
+bool ApiDriver::isSimple(const Polygon& polygon) const {
+    std::set<Coordinates> sCorners;
+    for (const Point2& p : polygon)
+        if (!sCorners.emplace(p.x(), p.y()).second) return false;
+    return isSimplePolygon(zoneLaws::ring(polygon));
+}
+
 void ApiDriver::addRing() {
     const Polygon polygon = somePolygon();
     const Segments ring = zoneLaws::ring(polygon);
@@ -100,7 +109,7 @@ void ApiDriver::addRing() {
     const Strategy cis = bHalved ? CIS_CONFORMING_DELAUNAY : CIS_CONSTRAINED_DELAUNAY;
     if (!areAcceptable(ring, cis) || (!mayCross() && !isSimplePolygon(ring))) return;
     Graph* const pGraph = create(ring, cis, bOriented);
-    const bool bSimple = isSimplePolygon(ring) && zoneLaws::areaOf(polygon) != 0.0;
+    const bool bSimple = isSimple(polygon) && zoneLaws::areaOf(polygon) != 0.0;
     expect(!bSimple || pGraph->isPolygon() || pGraph->isOriented(), "a simple ring is a polygon");
     // With directions that count a clockwise ring has its inside without.
     if (!bSimple || !pGraph->isPolygon() || (bOriented && zoneLaws::areaOf(polygon) < 0.0)) return;
