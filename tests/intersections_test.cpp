@@ -280,6 +280,8 @@ TEST(PointsOnLines, MiddlesAreOnTheSegmentButForRounding) {
             ASSERT_NEAR(middle.x(), 0.5 * (a.x() + b.x()), std::max(0.0011, 2 * place)) << a << b;
             ASSERT_EQ(centerWithShift(b, a), middle) << a << b;
         }
+    EXPECT_EQ(centerWithShift({0x1.2p1023, 0}, {0x1.6p1023, 0}), Point2(0x1.4p1023, 0))
+        << "sums aren't doubles";
 }
 
 TEST(PointsOnLines, SplitPointsOfHullEdgesAreNotInside) {

@@ -139,8 +139,12 @@ def plant(fault):
 
 
 def main():
-    wanted = {int(argument) for argument in sys.argv[1:]}
-    faults = [fault for fault in read_faults() if fault.number in wanted or not wanted and not fault.is_struck]
+    faults = read_faults()
+    wanted = [int(argument) for argument in sys.argv[1:]]
+    if wanted:
+        faults = [fault for number in wanted for fault in faults if fault.number == number]
+    else:
+        faults = [fault for fault in faults if not fault.is_struck]
     copy_tree()
     configure()
     build()
