@@ -3,12 +3,14 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -87,9 +89,11 @@ struct MessageOutput {
     std::recursive_mutex mutex;
     std::shared_ptr<const MessageHandler> pHandler;
 
-    /// Never destroyed: the last messages come from destructors of the client's own globals.
+    /// Never destroyed: the last messages come from destructors of the client's own globals. In a place of its own, as the first
+    /// one may say that there is no memory.
     static MessageOutput& get() {
-        static MessageOutput* const pInstance = new MessageOutput;
+        alignas(MessageOutput) static std::byte place[sizeof(MessageOutput)];
+        static MessageOutput* const pInstance = new (place) MessageOutput;
         return *pInstance;
     }
 };
