@@ -69,6 +69,21 @@ void ApiDriver::begin() {
     bDelaunay = true;
     bWaiting = bLacking = bConforming = bRefined = bDrawnSince = bFull = false;
     numFutileRemovals = 0;
+    constexpr std::size_t large = 500;
+    if (options.mostVertices > large) fill(options.mostVertices / 10 * 9);
+}
+
+/// A large mesh begins with many vertices.
+void ApiDriver::fill(std::size_t numPoints) {
+    std::vector<Point2> points;
+    for (; numPoints > 0; --numPoints)
+        points.push_back(character == Character::CLEAN
+                             ? Point2(from.around0(4096) / 512.0, from.around0(4096) / 512.0)
+                             : hardPoints.next(from));
+    say("mesh.insert(std::vector<Point2>", points, ");");
+    std::vector<Point2*> handles;
+    pMesh->insert(points, handles);
+    for (std::size_t i = 0; i < points.size(); ++i) noteInserted(points[i], handles[i]);
 }
 
 void ApiDriver::beginAnew() {

@@ -166,6 +166,7 @@ private:
 
     // Laws and tracing
     void begin();
+    void fill(std::size_t numPoints);
     void expect(bool bHolds, const char* law) const {
         if (!bHolds) throw LawBroken(law);
     }
