@@ -26,11 +26,15 @@ bool ApiDriver::isAcceptable(const Segment2& segment, Strategy cis) const {
             const Orientation2 orientation = pMesh->getOrientation(p, q, r);
             return orientation == ORIENTATION2_CCW ? 1 : orientation == ORIENTATION2_CW ? -1 : 0;
         };
-        const Vector2 u = b - a, v = d - c;
-        const double sine = std::fabs(u.x() * v.y() - u.y() * v.x()) / std::sqrt((u * u) * (v * v));
+        const Vector2 u = b - a, v = d - c, w = c - a;
+        const double lengths = std::sqrt((u * u) * (v * v));
+        const double sine = std::fabs(u.x() * v.y() - u.y() * v.x()) / lengths;
         if (bHalving && !(sine > 0.02)) return false;
-        if (side(a, b, c) * side(a, b, d) >= 0 || side(c, d, a) * side(c, d, b) >= 0) continue;
-        if (!mayCross() || (character == Character::MESSY && !(sine > 1e-3))) return false;
+        const bool bOnLine = side(a, b, c) == 0 && side(a, b, d) == 0;
+        const double distance = std::fabs(u.x() * w.y() - u.y() * w.x()) / std::sqrt(u * u);
+        if (mayCross() && !bOnLine && !(sine > 1e-3) && distance < 0.01) return false;
+        const bool bCross = side(a, b, c) * side(a, b, d) < 0 && side(c, d, a) * side(c, d, b) < 0;
+        if (bCross && (!mayCross() || (character == Character::MESSY && !(sine > 1e-3)))) return false;
     }
     return true;
 }
