@@ -46,7 +46,10 @@ ApiDriver::Zone2* ApiDriver::zoneToRefine() {
     // Where pieces are missing a zone may leak.
     if (known.area.has_value() && !bLacking && (kind == ZL_BOUNDED || kind == ZL_INSIDE)) return known.pZone;
     say("zone = mesh.createZone(triangles of zone)->convertToBoundedZone();");
-    Zone2* const pZone = pMesh->createZone(vTriangles)->convertToBoundedZone();
+    Zone2* const pGrown = pMesh->createZone(vTriangles);
+    noteBorder(pGrown);
+    if (Hearing::heard("almost degenerate")) return nullptr;
+    Zone2* const pZone = pGrown->convertToBoundedZone();
     expect(pZone != nullptr, "a zone of triangles has a border");
     noteBorder(pZone);
     know(pZone, zoneLaws::areaOf(pZone), 1e-3);
