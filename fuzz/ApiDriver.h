@@ -129,7 +129,7 @@ private:
     void splitPiece();
     void askGraph();
     bool isAcceptable(const Segment2& segment, Strategy cis) const;
-    bool areAcceptable(const Segments& segments, Strategy cis) const;
+    bool areAcceptable(const Segments& segments, Strategy cis);
     bool isSimple(const Polygon& polygon) const;
     Graph* create(const Segments& segments, Strategy cis, bool bOriented);
     void noteConstraints();

@@ -39,9 +39,16 @@ bool ApiDriver::isAcceptable(const Segment2& segment, Strategy cis) const {
     return true;
 }
 
-bool ApiDriver::areAcceptable(const Segments& segments, Strategy cis) const {
-    return std::all_of(segments.begin(), segments.end(),
-                       [&](const Segment2& segment) { return isAcceptable(segment, cis); });
+bool ApiDriver::areAcceptable(const Segments& segments, Strategy cis) {
+    const std::size_t numBefore = vGiven.size();
+    bool bAcceptable = true;
+    for (const Segment2& segment : segments) {
+        bAcceptable = bAcceptable && isAcceptable(segment, cis);
+        // Those that are halved mustn't be side by side among each other either.
+        if (cis == CIS_CONFORMING_DELAUNAY) vGiven.push_back(segment);
+    }
+    vGiven.resize(numBefore);
+    return bAcceptable;
 }
 
 ApiDriver::Graph* ApiDriver::create(const Segments& segments, Strategy cis, bool bOriented) {

@@ -116,8 +116,8 @@ void ApiDriver::removeOne() {
     if (bStays) return;
     expect(pVtx->getIncidentTriangle() == nullptr, "removed vertices have no triangle");
     noteRemoved(pVtx);
-    // Waiting conforming segments may become edges by chance, and are divided where they meet others.
-    if (mayCross() && bConforming) readVertices(Growth::ALLOWED, Loss::NONE);
+    // Waiting conforming segments may become edges by chance, and are divided then, or divide others.
+    if (bConforming) readVertices(Growth::ALLOWED, Loss::NONE);
     // Constraints on a line wait for a point off it.
     if (!vGiven.empty() && !pMesh->is2D()) bWaiting = true;
     if (!from.oneIn(8)) return;
