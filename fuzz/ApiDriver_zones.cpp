@@ -180,7 +180,7 @@ void ApiDriver::zoneOfTriangles() {
     const bool bComplete = !Hearing::heard("almost degenerate");
     noteBorder(pZone);
     know(pZone);
-    if (!bComplete) return;
+    if (!bComplete || !isExact()) return;
     expectShape(pZone, shape);
     vZones.back().area = shape.area;
     vZones.back().slack = shape.slack;
@@ -194,7 +194,9 @@ void ApiDriver::boundZone() {
     Zone2* const pZone = known.pZone->convertToBoundedZone();
     expect((pZone != nullptr) == (!shape.sTriangles.empty() || known.pZone->getZoneLocation() == ZL_INSIDE),
            "zones with triangles have a border");
-    if (pZone == nullptr || pZone == known.pZone) return;
+    if (pZone == known.pZone) return;
+    noteApplied();
+    if (pZone == nullptr) return;
     noteBorder(pZone);
     expectShape(pZone, shape);
     know(pZone, shape.area, shape.slack);
