@@ -29,10 +29,12 @@ install() {
 # findPackage STAGE WORK_FOLDER
 findPackage() { configure_and_run "$here/findPackage" "$2" -DCMAKE_PREFIX_PATH="$1"; }
 
-# addSubdirectory SOURCE_FOLDER WORK_FOLDER STAGE: a static library, which is installed to the stage as well
+# addSubdirectory SOURCE_FOLDER WORK_FOLDER STAGE: a static library, which is installed to the stage as well. Not optimised,
+# and in large pieces as some projects compile all they have: that takes half of the time, and linking is what counts here.
 addSubdirectory() {
     configure_and_run "$here/addSubdirectory" "$2" \
-        -DNORVIK2D_SOURCE="$1" -DBUILD_SHARED_LIBS=OFF -DNORVIK2D_INSTALL=ON
+        -DNORVIK2D_SOURCE="$1" -DBUILD_SHARED_LIBS=OFF -DNORVIK2D_INSTALL=ON \
+        -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DCMAKE_UNITY_BUILD=ON
     install "$2" "$3"
 }
 
