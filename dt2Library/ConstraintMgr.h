@@ -56,6 +56,8 @@ public:
     ConstraintSegment2* findConstraintSegment(Point2* p, Point2* q) const;
     /// Appends the alive records, ordered by the addresses of their ends.
     void getAliveConstraintSegments(Segments& out) const;
+    /// Of all records, divided ones included.
+    std::size_t getNumberOfRecords() const noexcept { return mConstraintSegments.size(); }
 
     // Records
 

@@ -83,7 +83,7 @@ NORVIK2D_HOT_LOOP void Dt2::legaliseInRounds(const Point2* pVtx) {
 
 // ---------------------------------------------------------------------------------- insertion of one point
 
-Point2* Dt2::insert(const Point2& point) {
+Point2* Dt2::insert(const Point2& point, Triangle2* pNear) {
     if (!isFinite(point)) {
         warning("Dt2::insert()", "non-finite coordinates, nothing done");
         return nullptr;
@@ -97,7 +97,7 @@ Point2* Dt2::insert(const Point2& point) {
     Point2* pVtx = newVertex(point);
     const std::uint32_t key = hc.iReset(point);
     vertexVault.addItem(key, pVtx);
-    insertVertex(pVtx, vertexVault.getCloseTriangle(key));
+    insertVertex(pVtx, pNear != nullptr ? pNear : vertexVault.getCloseTriangle(key));
     if (!vertexVault.dupIsClean()) return vertexVault.treatOneDupGetHandle(pVtx);
     vertexVault.sortIV(SORT_IF_NEEDED);
     return pVtx;

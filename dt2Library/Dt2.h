@@ -105,8 +105,8 @@ public:
     // Dt2.cpp: insertion of one point
 
     /// The vertex of the point: a new one, or the one that had these coordinates before. Null with a warning
-    /// for a point that isn't finite.
-    Point2* insert(const Point2& point);
+    /// for a point that isn't finite. The walk begins at `pNear` if it is given.
+    Point2* insert(const Point2& point, Triangle2* pNear = nullptr);
     /// Inserts a stored vertex, the walk beginning at `pStartT`. Returns a triangle at the vertex; a
     /// duplicate is registered in the vault instead and gets no triangle.
     Triangle2* insertVertex(Point2*& pVtx, Triangle2* pStartT);
@@ -240,10 +240,11 @@ public:
     Triangle2* triangulatePolygon(const std::vector<Border>& chain, std::vector<Triangle2*>& vNewT);
     /// Flips edges of the triangles until all are constrained Delaunay; empties the list.
     void flipToMatchCDT(std::vector<Triangle2*>& vT);
-    /// Makes a constraint an ordinary edge, with repair of the mesh around it.
-    void killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
-    /// Flips from this edge until all is Delaunay again; nothing if there is no such edge.
-    void legaliseEdge(Point2* pSrc, Point2* pTrg);
+    /// Makes a constraint an ordinary edge, with repair of the mesh around it. The answer is that of legaliseEdge().
+    Triangle2* killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
+    /// Flips from this edge until all is Delaunay again, and returns a triangle that was beside it; null if there is no such
+    /// edge.
+    Triangle2* legaliseEdge(Point2* pSrc, Point2* pTrg);
     /// One step towards edges in a mesh that stays Delaunay: divides the record unless it is an edge.
     void insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg);
     /// Not built yet: says so.
@@ -400,6 +401,7 @@ private:
     Point2* reportCrossing(const ConstraintSegment2* pCSeg, const Edge2& crossed, Crossings& vPairIspCS);
     void rebuildConflictZone();
     void establish(ConstraintSegment2* pInitialCSeg);
+    bool mayDivideAtCrossing();
     bool isTooShortToHalve(const Point2& a, const Point2& b) const;
 
     // Dt2_zones.cpp
@@ -489,6 +491,8 @@ private:
     std::size_t mostRefinementVertices = 50000000;
     std::size_t numRefinementVertices = 0;  ///< made in this run
     bool bPrecisionLimitReached = false;    ///< in this run
+    std::size_t numDivisionsLeft = 0;       ///< at crossings, while a record is being made an edge
+    bool bDividingIsOver = false;           ///< crossing constraints stay out from now on
     std::map<const Zone2*, std::unique_ptr<Zone2>> sZones;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run

@@ -253,11 +253,18 @@ void Dt2::newCDT_applyOneCS(ConstraintSegment2* pInitialCSeg) {
 }
 
 /// Makes an alive record, or what it has to be divided into, edges.
+///
+/// A straight line crosses each of the others once at most. The rounded pieces of lines that are nearly the same cross each other
+/// again and again, though: where the crossings are many more than all records there are, nothing is divided any more, and what
+/// crosses stays out.
 void Dt2::establish(ConstraintSegment2* pInitialCSeg) {
+    constexpr std::size_t mostRepeated = 20000;
+    const bool bWasOver = bDividingIsOver;
+    if (!bWasOver) numDivisionsLeft = mostRepeated + constraintMgr.getNumberOfRecords();
     // What still has to become an edge, pieces of other segments that were in the way included.
     std::vector<ConstraintSegment2*> stack;
     newCDT_insertOrSplit(pInitialCSeg, stack);
-    while (!stack.empty()) {
+    while (!stack.empty() && bDividingIsOver == bWasOver) {
         ConstraintSegment2* const pCSeg = stack.back();
         stack.pop_back();
         if (!pCSeg->isAlive()) {
@@ -280,7 +287,7 @@ void Dt2::newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<Constraint
         if (pCSeg->split_combinatorialOnly(pExistingVertex)) pCSeg->getChildrenRec(stack);
         return;
     }
-    if (vPairIspCS.empty()) return;
+    if (vPairIspCS.empty() || !mayDivideAtCrossing()) return;
     require(vPairIspCS.size() == 1, "vPairIspCS.size()==1");
     const auto& [splitPoint, pCrossingCSeg] = vPairIspCS.front();
     require(splitPoint != *pCrossingCSeg->getSrc() && splitPoint != *pCrossingCSeg->getTrg(),
@@ -295,9 +302,9 @@ void Dt2::newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<Constraint
         return true;
     };
     const bool bSplitSelf = splitPoint != *pCSeg->getSrc() && splitPoint != *pCSeg->getTrg();
-    killAndUnestablishConstraintSegment(pCrossingCSeg);
+    Triangle2* const pNear = killAndUnestablishConstraintSegment(pCrossingCSeg);
     if (bSplitSelf) killAndUnestablishConstraintSegment(pCSeg);
-    Point2* const pNew = insert(splitPoint);
+    Point2* const pNew = insert(splitPoint, pNear);
     const bool bWayIsFree = splitSuspended(pCrossingCSeg, pNew);
     if (bSplitSelf) {
         splitSuspended(pCSeg, pNew);
@@ -305,6 +312,17 @@ void Dt2::newCDT_insertOrSplit(ConstraintSegment2* pCSeg, std::vector<Constraint
         require(pCSeg->isAlive(), "pCSeg->isAlive()");
         if (bWayIsFree) stack.push_back(pCSeg);
     }
+}
+
+bool Dt2::mayDivideAtCrossing() {
+    if (numDivisionsLeft > 0) {
+        --numDivisionsLeft;
+        return true;
+    }
+    if (!bDividingIsOver)
+        warning("Dt2::newCDT_applyOneCS()", "insufficient numeric accuracy, need to skip last insertions");
+    bDividingIsOver = true;
+    return false;
 }
 
 Point2* Dt2::newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS) {
@@ -482,16 +500,17 @@ void Dt2::flipToMatchCDT(std::vector<Triangle2*>& vT) {
     flipBackToDelaunay(vOpen);
 }
 
-void Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg) {
+Triangle2* Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg) {
     pCSeg->kill();
-    legaliseEdge(pCSeg->getSrc(), pCSeg->getTrg());
+    return legaliseEdge(pCSeg->getSrc(), pCSeg->getTrg());
 }
 
-void Dt2::legaliseEdge(Point2* pSrc, Point2* pTrg) {
+Triangle2* Dt2::legaliseEdge(Point2* pSrc, Point2* pTrg) {
     Triangle2* const pT = getAdjacentTriangle(pSrc, pTrg);
-    if (pT == nullptr) return;  // it isn't an edge
+    if (pT == nullptr) return nullptr;  // it isn't an edge
     std::vector<Side> vOpen{{pT, cw(indexOf(pT, pSrc))}};
     flipBackToDelaunay(vOpen);
+    return pT;
 }
 
 // -------------------------------------------------------------------------------------- conforming segments

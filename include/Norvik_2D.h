@@ -117,7 +117,7 @@ public:
     /// A crossing is a new vertex, rounded to doubles: this is faithful for coordinates up to 4e9 in magnitude and details of
     /// 1e-3 and more, since ends within 1e-6 of a crossing are taken as the crossing (a segment with many crossings may add
     /// some of these up). A bundle of segments that overlap all but exactly cross each other again and again, and may get very
-    /// many vertices.
+    /// many vertices; where these get out of hand, a warning tells that crossing constraints stay out from then on.
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments,
                                        ConstraintInsertionStrategy cis, bool bOrientedSegments = false);
 

@@ -1,6 +1,7 @@
 // Segments of all kinds become chains of edges, whatever happens to the mesh between.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <fstream>
 
 #include "Dt2.h"
@@ -226,6 +227,33 @@ TEST(Constraints, CrossingsBeyondTheFaithfulDomainLeaveAValidMesh) {
             ASSERT_EQ(lawsBroken(mesh), "") << scale;
         }
     }
+}
+
+// Rounded pieces of lines that are nearly the same cross again and again.
+TEST(Constraints, DividingABundleComesToAnEnd) {
+    Rng rng(5);
+    const auto besideLine = [&] {
+        double x = 100.0 * (below(rng, 20001) - 10000), y = 0.37 * x;
+        for (double* pCoordinate : {&x, &y})
+            for (int i = below(rng, 4); i > 0; --i) *pCoordinate = std::nextafter(*pCoordinate, 1e9);
+        return Point2(x, y);
+    };
+    Segments bundle;
+    for (int i = 0; i < 30; ++i) bundle.emplace_back(besideLine(), besideLine());
+    Norvik_2D mesh;
+    CaptureOutput output;
+    mesh.createConstraint(bundle, constrained);
+    EXPECT_EQ(countOf(output.out(), "insufficient numeric accuracy, need to skip last insertions"), 1);
+    const std::size_t numPoints = mesh.numberOfPoints();
+    EXPECT_LT(numPoints, 100000U);
+    mesh.applyConstraintsAndZones();
+    EXPECT_EQ(lawsBroken(mesh), "");
+    // What crosses nothing is a constraint as before, what crosses stays out.
+    const Segment2 apart(Point2(0, -2e6), Point2(1e6, -2e6)), across(Point2(-9e5, 9e5), Point2(9e5, -9e5));
+    mesh.createConstraint({apart, across}, constrained);
+    EXPECT_EQ(mesh.numberOfPoints(), numPoints + 4);
+    EXPECT_TRUE(mesh.isConstraint(mesh.insert(apart.getSrc()), mesh.insert(apart.getTrg())));
+    EXPECT_EQ(lawsBroken(mesh), "");
 }
 
 TEST(Constraints, AHubOfManySegments) {
