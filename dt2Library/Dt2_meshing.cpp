@@ -271,7 +271,7 @@ NORVIK2D_HOT_LOOP void Dt2::insertVertexForRefinement(Point2*& pNew, Triangle2* 
                 if (predicates.getOrientation2(pNew, corner(pStarT, 1), corner(pStarT, 2)) !=
                     ORIENTATION2_COLLINEAR)
                     continue;
-                assert(!"a vertex on a constraint");
+                assert(false && "a vertex on a constraint");
             }
             const auto [pU, q, w, r, pFarQW, pFarWR] = flipEdge(pStarT, 0);
             const unsigned wantedNext = flipper.wantedFlips(pStarT, pU, pNew, q, w, r, pFarQW, pFarWR);
