@@ -9,23 +9,16 @@
 #include <vector>
 
 #include "BoxBlock.h"
-#include "SimplePool.h"
 #include "equalKeys.h"
 #include "hilbertCurve.h"
 #include "radixSort.h"
 #include "require.h"
+#include "toolsPool.h"
 
 namespace KELMAR_TOOLS {
 
 using KELMAR_NORVIK2D::radixSort;
 using KELMAR_NORVIK2D::require;
-
-struct PoolTexts {
-    static constexpr const char* outOfMemory = "SimplePool::alloc(..), ERROR: Out of memory, sorry\n";
-};
-
-template <class T>
-using SimplePool = KELMAR_NORVIK2D::SimplePool<T, PoolTexts>;
 
 /// The tree behind RTree: objects with boxes, sorted along a Hilbert curve and packed from the leaves up.
 ///
@@ -39,7 +32,7 @@ using SimplePool = KELMAR_NORVIK2D::SimplePool<T, PoolTexts>;
 /// Nodes tell the structure, blocks answer: a question reads blocks and items, and no node. By law 3 the places of nodes in
 /// their levels tell where their children and items are.
 ///
-/// `Space` is a dimension: its records, and what their coordinates are.
+/// `Space` is a dimension: its records, and what their coordinates are (BoxRecords.h).
 template <class Space>
 class PackedTree {
 public:
@@ -84,6 +77,12 @@ public:
         node.lastItem = child.lastItem;
     }
 
+    /// Builds the tree first, if need be, and asks all of it.
+    void query(const Box& box, std::vector<Item*>& out) {
+        finish();
+        if (pRoot != nullptr) collect(*pRoot, box, out);
+    }
+
     /// Appends the items below a node whose boxes meet the given one, in the order of the curve.
     void collect(const Node& node, const Box& box, std::vector<Item*>& out) const {
         if (numItems(node) <= itemsOfLowest)
@@ -98,6 +97,8 @@ private:
     static constexpr int leafCapacity = 2, nodeCapacity = 8;
     static constexpr int itemsOfLowest = leafCapacity * nodeCapacity;  ///< below a lowest inner node
     static constexpr unsigned keyBits = 30;
+    /// In the plane such that a block has a hundred million bytes at most.
+    static constexpr int maxItemsOfBlock = 2500000, maxNodesOfBlock = 1136363;
 
     using Block = BoxBlock<Space::dimension>;
     using Query = typename Block::Query;
@@ -157,7 +158,7 @@ private:
     void packItems() {
         const std::vector<KeyIndex> vOrder = sortedContents();
         // One block of memory for all, for law 1.
-        items.init(static_cast<int>(vOrder.size()), Space::maxItemsOfBlock);
+        items.init(static_cast<int>(vOrder.size()), maxItemsOfBlock);
         constexpr std::size_t distance = 12;
         for (std::size_t i = 0; i < vOrder.size(); ++i) {
             if (i + distance < vOrder.size()) __builtin_prefetch(&vContents[vOrder[i + distance].second]);
@@ -187,7 +188,7 @@ private:
     void packNodes() {
         const auto n = static_cast<int>(items.numHandedOut());
         cells = CellGrid<Space::dimension>(Space::least(bounds), Space::greatest(bounds));
-        nodes.init(numNodesFor(n), Space::maxNodesOfBlock);
+        nodes.init(numNodesFor(n), maxNodesOfBlock);
         for (int i = 0; i < n; i += leafCapacity) makeLeaf(i, std::min(i + leafCapacity, n));
         // Also a single leaf has an inner node above it.
         std::int64_t level = packLevel(0);

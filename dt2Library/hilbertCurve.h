@@ -32,6 +32,43 @@ struct CurveTables<2> {
     static constexpr std::uint32_t addVls[16] = {0, 1, 3, 2, 0, 3, 1, 2, 2, 1, 3, 0, 2, 3, 1, 0};
 };
 
+/// Through a cube the curve runs from one corner to the next one along an axis, its octants in the order of the Gray code, and in
+/// each octant likewise. So a state is that corner and that axis; of the corners, whose bits are the axes, only those with an even
+/// number of ones are met.
+template <>
+struct CurveTables<3> {
+    static constexpr std::uint32_t numStates = 12;
+
+    struct Entries {
+        std::uint8_t entry[8 * numStates];
+        constexpr std::uint32_t operator[](std::size_t place) const { return entry[place]; }
+    };
+    static const Entries nextS, addVls;
+
+private:
+    /// The state of each octant in turn, of the cube that is entered at corner 0 and left along axis 0.
+    static constexpr std::uint32_t corners[8] = {0, 0, 0, 3, 3, 6, 6, 5}, axes[8] = {0, 1, 1, 2, 2, 1, 1, 0};
+
+    static constexpr std::uint32_t rotateLeft(std::uint32_t bits, std::uint32_t by) {
+        return ((bits << by) | (bits >> (3 - by))) & 7U;
+    }
+    static constexpr Entries make(bool bDigits) {
+        Entries entries{};
+        for (std::uint32_t place = 0; place < 8 * numStates; ++place) {
+            const std::uint32_t state = place / 8, turn = (state / 4 + 1) % 3, twoBits = state % 4;
+            const std::uint32_t corner = twoBits << 1 | (twoBits >> 1 ^ (twoBits & 1U));
+            const std::uint32_t gray = rotateLeft(place % 8 ^ corner, (3 - turn) % 3);
+            const std::uint32_t digit = gray ^ gray >> 1 ^ gray >> 2;
+            const std::uint32_t nextCorner = corner ^ rotateLeft(corners[digit], turn);
+            const std::uint32_t next = (state / 4 + axes[digit] + 1) % 3 * 4 + nextCorner / 2;
+            entries.entry[place] = static_cast<std::uint8_t>(bDigits ? digit : next);
+        }
+        return entries;
+    }
+};
+inline constexpr CurveTables<3>::Entries CurveTables<3>::nextS = make(false),
+                                         CurveTables<3>::addVls = make(true);
+
 template <unsigned Dimension>
 class HilbertCurve {
 public:

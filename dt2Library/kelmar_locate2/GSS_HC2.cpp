@@ -1,32 +1,25 @@
 #include "kelmar_locate2/GSS_HC2.h"
 
-#include <cstdlib>
-
+#include "bitLength.h"
 #include "hilbertCurve.h"
 #include "roundingMode.h"
-#include "standardOutput.h"
 
 namespace KELMAR_TOOLS {
 
 namespace {
 
-// Whoever makes a calculator of constants has no use for an exception.
-void checkBitLength(unsigned bitLength) {
-    if (bitLength <= 32 && bitLength % 2 == 0) return;
-    KELMAR_NORVIK2D::print("GSS_HC2, invalid parameters\n");
-    std::exit(EXIT_FAILURE);
-}
+void checkLength(unsigned bitLength) { checkBitLength(bitLength, 2, 32, "GSS_HC2, invalid parameters\n"); }
 
 }  // namespace
 
 GSS_HC2::GSS_HC2(double minX_, double minY_, double maxX, double maxY, unsigned bitLength_) {
-    checkBitLength(bitLength_);
+    checkLength(bitLength_);
     setParams(minX_, minY_, maxX, maxY, bitLength_);
 }
 
 void GSS_HC2::setParams(double minX_, double minY_, double maxX, double maxY, unsigned bitLength_) {
     KELMAR_NORVIK2D::RoundToNearest nearest;
-    checkBitLength(bitLength);
+    checkLength(bitLength);
     const auto grid = KeyGrid<2>::over({minX_, minY_}, {maxX, maxY}, bitLength_);
     bitLength = bitLength_;
     minX = minX_;

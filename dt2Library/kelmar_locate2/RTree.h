@@ -5,12 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "kelmar_locate2/TreeNode.h"
 #include "norvikExport.h"
-
-namespace KELMAR_TOOLS {
-template <class Space>
-class PackedTree;
-}
 
 /// A spatial index of boxes in the plane.
 namespace KELMAR_LOCATE2 {
@@ -38,16 +34,9 @@ struct Item {
     double minX, minY, maxX, maxY;
 };
 
-/// A node of the tree: a leaf has up to two items, an inner node up to eight children. Nodes belong to their tree, which alone
-/// makes them.
-class NORVIK2D_EXPORT Node {
+/// A node of the tree.
+class NORVIK2D_EXPORT Node : public KELMAR_TOOLS::TreeNode<Node, Bbox2, Plane> {
 public:
-    /// The half-open range of items that an inner node has.
-    static constexpr int noItems = 2147483647;
-
-    Node(const Node&) = delete;
-    Node& operator=(const Node&) = delete;
-
     /// Gives this inner node one more child, and grows its box. The children of a node are neighbours in memory, in their order;
     /// any other child, and one behind the eighth, fails an assertion (NorvikException).
     void addChild(Node* pChild);
@@ -55,35 +44,8 @@ public:
     /// Appends the items below this node whose boxes meet the given one, boundaries included, in the order of the curve.
     void getIntersectedItems(std::vector<Item*>& out, const Bbox2& box) const;
 
-    /// Without children; an inner node that got none, too.
-    bool isLeaf() const noexcept { return numChildren == 0; }
-    std::size_t getNumberOfChildren() const noexcept { return static_cast<std::size_t>(numChildren); }
-    const Node* getChild(std::size_t i) const noexcept { return pFirstChild + i; }
-    /// Null at the top.
-    const Node* getParent() const noexcept {
-        return distanceToParent == 0 ? nullptr : this + distanceToParent;
-    }
-    /// The items of a leaf: the first one's place in the order of the curve, and the place behind the last one.
-    int getFirstItem() const noexcept { return hasItems() ? firstItem : noItems; }
-    int getLastItem() const noexcept { return hasItems() ? lastItem : noItems; }
-    /// The tight box of all items below, empty if there are none.
-    const Bbox2& getBox() const noexcept { return box; }
-
 private:
-    template <class Space>
-    friend class KELMAR_TOOLS::PackedTree;
-
-    explicit Node(const KELMAR_TOOLS::PackedTree<Plane>* pTree_) noexcept : pTree(pTree_) {}
-
-    bool hasItems() const noexcept { return isLeaf() && firstItem != lastItem; }
-
-    Bbox2 box;
-    const KELMAR_TOOLS::PackedTree<Plane>* pTree;
-    Node* pFirstChild = nullptr;
-    int firstItem = 0;  ///< of an inner node, too: of all those below
-    int lastItem = 0;
-    int distanceToParent = 0;  ///< in nodes
-    int numChildren = 0;
+    using TreeNode::TreeNode;
 };
 
 /// A static tree of boxes: objects are collected, and at the first question sorted along a Hilbert curve and packed from the
