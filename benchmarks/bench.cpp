@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Peer.h"
+#include "boxRows.h"
 #include "checkRows.h"
 #include "constraintRows.h"
 #include "exchangeRows.h"
@@ -195,7 +196,7 @@ std::vector<NamedRow> allRows() {
     for (const Workload& workload : workloads)
         rows.push_back({workload.name, [&workload] { return measure(workload); }});
     for (const std::vector<NamedRow>& more :
-         {constraintRows(), zoneRows(), checkRows(), meshRows(), exchangeRows()})
+         {constraintRows(), zoneRows(), checkRows(), boxRows(), meshRows(), exchangeRows()})
         rows.insert(rows.end(), more.begin(), more.end());
     rows.push_back({memoryRow, reportMemory});
     return rows;

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <vector>
+
+#include "constraintRows.h"
+
+std::vector<NamedRow> boxRows();
