@@ -9,8 +9,7 @@
 
 namespace KELMAR_TOOLS {
 
-/// The boxes in the records of a PackedTree. In each record their coordinates lie side by side, from `minX` on: the least ones of
-/// all axes, then the greatest ones.
+/// The boxes in the records of a PackedTree: their coordinates are the same members in all of them.
 template <unsigned Dimension, class Box_, class Content_, class Item_>
 struct BoxRecords {
     using Box = Box_;
@@ -20,74 +19,74 @@ struct BoxRecords {
 
     static constexpr unsigned dimension = Dimension;
 
-    template <class Record>
-    static Coordinates least(const Record& record) {
-        return read<Coordinates>(record, 0);
+    static Coordinates least(const Box& box) {
+        Coordinates least;
+        for (unsigned axis = 0; axis < Dimension; ++axis) least[axis] = box.*sides<Box>[axis];
+        return least;
     }
-    template <class Record>
-    static Coordinates greatest(const Record& record) {
-        return read<Coordinates>(record, Dimension);
+    static Coordinates greatest(const Box& box) {
+        Coordinates greatest;
+        for (unsigned axis = 0; axis < Dimension; ++axis) greatest[axis] = box.*sides<Box>[Dimension + axis];
+        return greatest;
     }
     static Coordinates center(const Content& content) {
-        Coordinates center = least(content);
-        const Coordinates other = greatest(content);
-        for (unsigned axis = 0; axis < Dimension; ++axis) center[axis] = (center[axis] + other[axis]) * 0.5;
+        Coordinates center;
+        for (unsigned axis = 0; axis < Dimension; ++axis)
+            center[axis] = (content.*sides<Content>[axis] + content.*sides<Content>[Dimension + axis]) * 0.5;
         return center;
     }
 
-    template <class Record>
-    static Box boxOf(const Record& record) {
-        return read<Box>(record, 0);
-    }
     static Item itemOf(const Content& content) {
         Item item;
         item.pObject = content.pObject;
-        write(item, boxOf(content));
+        for (unsigned i = 0; i < 2 * Dimension; ++i) item.*sides<Item>[i] = content.*sides<Content>[i];
         return item;
     }
 
-    static void grow(Box& box, const Box& other) {
-        Coordinates all[2] = {least(box), greatest(box)};
-        const Coordinates low = least(other), high = greatest(other);
-        for (unsigned axis = 0; axis < Dimension; ++axis) {
-            all[0][axis] = std::min(all[0][axis], low[axis]);
-            all[1][axis] = std::max(all[1][axis], high[axis]);
-        }
-        write(box, all);
+    /// So that it contains the box of the record.
+    template <class Record>
+    static void grow(Box& box, const Record& record) {
+        for (unsigned i = 0; i < Dimension; ++i)
+            box.*sides<Box>[i] = std::min(box.*sides<Box>[i], record.*sides<Record>[i]);
+        for (unsigned i = Dimension; i < 2 * Dimension; ++i)
+            box.*sides<Box>[i] = std::max(box.*sides<Box>[i], record.*sides<Record>[i]);
     }
 
     /// Whether the closed boxes have a point in common: without branches, for there is no telling.
     static bool meet(const Item& item, const Box& box) {
+        using KELMAR_NORVIK2D::bitsOf;
         using Pair = KELMAR_NORVIK2D::DoublePair;
-        using Answers = KELMAR_NORVIK2D::BitPair;
-        const Answers begins = read<Pair>(item, 0) <= read<Pair>(box, Dimension);
-        const Answers ends = read<Pair>(box, 0) <= read<Pair>(item, Dimension);
-        Answers common = begins & ends;
-        if constexpr (Dimension == 3) {
-            const Answers last = Pair{item.minZ, box.minZ} <= Pair{box.maxZ, item.maxZ};
-            common &= last;
-        }
-        return KELMAR_NORVIK2D::bitsOf(common) == 3U;
+        const unsigned begins =
+            bitsOf(pairAt(item, offsetof(Item, minX)) <= pairAt(box, offsetof(Box, maxX)));
+        const unsigned ends = bitsOf(pairAt(box, offsetof(Box, minX)) <= pairAt(item, offsetof(Item, maxX)));
+        unsigned common = begins & ends;
+        // The third axis has both questions in one pair.
+        if constexpr (Dimension == 3)
+            common &= bitsOf(Pair{item.minZ, box.minZ} <= Pair{box.maxZ, item.maxZ});
+        return common == 3U;
     }
 
 private:
-    static constexpr std::size_t size = 2 * Dimension * sizeof(double);
-    static_assert(sizeof(Box) == size && offsetof(Box, maxX) == size / 2);
-    static_assert(offsetof(Item, maxX) == offsetof(Item, minX) + size / 2);
-    static_assert(offsetof(Content, maxX) == offsetof(Content, minX) + size / 2);
-
-    template <class T, class Record>
-    static T read(const Record& record, std::size_t place) {
-        T value;
-        std::memcpy(&value,
-                    reinterpret_cast<const char*>(&record) + offsetof(Record, minX) + place * sizeof(double),
-                    sizeof(T));
-        return value;
+    template <class Record>
+    static constexpr auto makeSides() {
+        using Sides = std::array<double Record::*, 2 * Dimension>;
+        if constexpr (Dimension == 2)
+            return Sides{&Record::minX, &Record::minY, &Record::maxX, &Record::maxY};
+        else
+            return Sides{&Record::minX, &Record::minY, &Record::minZ,
+                         &Record::maxX, &Record::maxY, &Record::maxZ};
     }
-    template <class Record, class T>
-    static void write(Record& record, const T& box) {
-        static_assert(sizeof(T) == size);
-        std::memcpy(reinterpret_cast<char*>(&record) + offsetof(Record, minX), &box, size);
+    template <class Record>
+    static constexpr auto sides = makeSides<Record>();
+
+    /// x and y.
+    template <class Record>
+    static KELMAR_NORVIK2D::DoublePair pairAt(const Record& record, std::size_t offset) {
+        static_assert(offsetof(Record, minY) == offsetof(Record, minX) + sizeof(double) &&
+                      offsetof(Record, maxY) == offsetof(Record, maxX) + sizeof(double));
+        KELMAR_NORVIK2D::DoublePair xy;
+        std::memcpy(&xy, reinterpret_cast<const char*>(&record) + offset, sizeof(xy));
+        return xy;
     }
 };
 

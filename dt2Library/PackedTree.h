@@ -50,9 +50,10 @@ public:
         if (pRoot == nullptr && numObjects > vContents.capacity())
             vContents.reserve(std::max(numObjects, 2 * vContents.capacity()));
     }
-    /// The box isn't the wrong way round. Once the tree is built only the bounds grow.
-    void addObject(const Content& content) {
-        Space::grow(bounds, Space::boxOf(content));
+    /// The box, that of the content, isn't the wrong way round. Once the tree is built only the bounds grow.
+    void addObject(const Content& content, const Box& box) {
+        // Not from the content: that can be stored right from registers.
+        Space::grow(bounds, box);
         if (pRoot == nullptr) vContents.push_back(content);
     }
     const Box& getBounds() const noexcept { return bounds; }
@@ -215,7 +216,7 @@ private:
         Node* const pLeaf = newNode();
         pLeaf->firstItem = firstItem;
         pLeaf->lastItem = lastItem;
-        for (int i = firstItem; i < lastItem; ++i) Space::grow(pLeaf->box, Space::boxOf(pItems[i]));
+        for (int i = firstItem; i < lastItem; ++i) Space::grow(pLeaf->box, pItems[i]);
     }
 
     /// Puts a level on top of the last one, which begins at the node given; returns where the new one begins.

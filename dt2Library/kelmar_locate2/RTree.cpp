@@ -37,7 +37,7 @@ void RTree::addObject(void* pObject, double xmin, double ymin, double xmax, doub
     RoundToNearest nearest;
     require(xmin <= xmax, "xmin<=xmax");
     require(ymin <= ymax, "ymin<=ymax");
-    pTree->addObject({pObject, xmin, ymin, xmax, ymax, 0});
+    pTree->addObject({pObject, xmin, ymin, xmax, ymax, 0}, {xmin, ymin, xmax, ymax});
 }
 
 void RTree::getBounds(double& minX, double& minY, double& maxX, double& maxY) const {

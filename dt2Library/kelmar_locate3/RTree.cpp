@@ -37,7 +37,7 @@ void RTree::addObject(void* pObject, double xmin, double ymin, double zmin, doub
     require(xmin <= xmax, "xmin<=xmax");
     require(ymin <= ymax, "ymin<=ymax");
     require(zmin <= zmax, "zmin<=zmax");
-    pTree->addObject({pObject, xmin, ymin, zmin, xmax, ymax, zmax, 0});
+    pTree->addObject({pObject, xmin, ymin, zmin, xmax, ymax, zmax, 0}, {xmin, ymin, zmin, xmax, ymax, zmax});
 }
 
 void RTree::getBounds(double& minX, double& minY, double& minZ, double& maxX, double& maxY,
