@@ -38,13 +38,13 @@ std::array<double, 3> parseGrid(const std::string& text) {
     return grid;
 }
 
-void addNumber(CLI::App& command, const std::string& name, double& value, double least,
-               const std::string& type, const std::string& description) {
+CLI::Option* addNumber(CLI::App& command, const std::string& name, double& value, double least,
+                       const std::string& type, const std::string& description) {
     const auto parse = [least](const std::string& word) {
         if (parseNumber(word) > least) return;
         std::ostringstream complaint;
         complaint << word << " isn't above " << least;
         throw BadNumber(std::move(complaint).str());
     };
-    command.add_option(name, value, description)->type_name(type)->check(complaintsOf(parse), "");
+    return command.add_option(name, value, description)->type_name(type)->check(complaintsOf(parse), "");
 }

@@ -44,5 +44,5 @@ CLI::Option* addWords(CLI::App& command, const std::string& name, const std::str
 }
 
 /// An option for a number above `least`.
-void addNumber(CLI::App& command, const std::string& name, double& value, double least,
-               const std::string& type, const std::string& description);
+CLI::Option* addNumber(CLI::App& command, const std::string& name, double& value, double least,
+                       const std::string& type, const std::string& description);

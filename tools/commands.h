@@ -39,6 +39,14 @@ struct MeshOptions {
     bool bSplit = true;
 };
 
+/// How lines are found in a picture.
+struct ImageOptions {
+    double low = 0.1, high = 0.3;  ///< shares of the steepest gradient
+    int minLength = 8;
+    double tolerance = 1.0;
+    std::string prefix;  ///< of the pictures of all steps; empty: none
+};
+
 /// What the command line tells; each command reads what it offers.
 struct Options {
     std::string input;
@@ -57,6 +65,7 @@ struct Options {
     std::string cookieCutterFile;
     bool bKeepShape = false;
     MeshOptions mesh;
+    ImageOptions image;
     bool bEndpoints = false;
     std::string listFile;
     bool bReorient = false;
@@ -79,6 +88,7 @@ int check(const Options& options);
 int importMesh(const Options& options);
 int exportMesh(const Options& options);
 int view(const Options& options);
+int meshImage(const Options& options);
 
 // What they have in common
 
@@ -89,6 +99,10 @@ struct Input : Drawing {
 
 /// Adds what a file holds; its degenerate segments, of which the library would warn one by one, as points.
 void addDrawing(Drawing drawing, Input& input);
+
+/// Fills the domain of what was read with triangles: all that `mesh` does, and what other commands do in the end. Returns the exit
+/// status. The summary begins with `about`, lines about the input.
+int meshInput(const Input& input, const Options& options, const std::string& about = {});
 
 /// The library doesn't report files that can't be written; this throws BadOutput.
 void ensureWritable(const std::string& path);

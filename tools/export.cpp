@@ -88,7 +88,18 @@ void ensureInputStays(const Options& options) {
     }
 }
 
+void writeAll(const Exporter& exporter, const Options& options) {
+    for (const std::string& path : options.vOutputs) {
+        exporter.write(path, options.bOldMsh ? MshVersion::v2_2 : MshVersion::v4_1);
+        std::cout << "written: " << path << std::endl;
+    }
+}
+
 }  // namespace
+
+void exportTo(Norvik_2D& mesh, const Subject& subject, const Options& options) {
+    if (!options.vOutputs.empty()) writeAll(Exporter(mesh, subject), options);
+}
 
 int exportMesh(const Options& options) {
     ensureInputStays(options);
@@ -101,9 +112,6 @@ int exportMesh(const Options& options) {
     std::cout << "points: " << exporter.getTriangles().points.size()
               << "\ntriangles: " << exporter.getTriangles().triangles.size()
               << "\nholes: " << exporter.getTriangles().holes.size() << "\nseconds: " << seconds << std::endl;
-    for (const std::string& path : options.vOutputs) {
-        exporter.write(path, options.bOldMsh ? MshVersion::v2_2 : MshVersion::v4_1);
-        std::cout << "written: " << path << std::endl;
-    }
+    writeAll(exporter, options);
     return exitSuccess;
 }

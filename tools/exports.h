@@ -24,5 +24,8 @@ private:
     IndexedMesh triangles;
 };
 
+/// Writes a mesh, or the zone of it, to all files that the options tell, and prints their names.
+void exportTo(KELMAR_NORVIK2D::Norvik_2D& mesh, const Subject& subject, const Options& options);
+
 /// Writes the folder that shows the mesh, or the zone of it, in a browser.
 void writeScene(KELMAR_NORVIK2D::Norvik_2D& mesh, const Subject& subject, const std::string& folder);

@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "domain.h"
+#include "exports.h"
 #include "inputFiles.h"
 #include "meshQuality.h"
 #include "outputMesh.h"
@@ -78,12 +79,7 @@ void addGivenTriangles(const std::string& path, Input& input) {
 
 }  // namespace
 
-int makeMesh(const Options& options) {
-    Input input;
-    if (holdsTriangles(options.input))
-        addGivenTriangles(options.input, input);
-    else
-        addDrawing(readSegments(options.input), input);
+int meshInput(const Input& input, const Options& options, const std::string& about) {
     Norvik_2D mesh(static_cast<unsigned int>(input.points.size() + input.segments.size()));
     mesh.setName(options.input);
     mesh.setNumCPU(options.numThreads);
@@ -94,10 +90,20 @@ int makeMesh(const Options& options) {
     MeshGenParams params = makeParams(pDomain, options.mesh);
     const double seconds = doTimed(mesh, options, [&] { mesh.refineAdvanced(&params); });
 
-    std::cout << "rings: " << rings.vRings.size() << "\nsegments in no ring: " << rings.vLoose.size()
+    std::cout << about << "rings: " << rings.vRings.size() << "\nsegments in no ring: " << rings.vLoose.size()
               << "\ndegenerate: " << input.numDegenerate << '\n';
     printSummary(mesh, params, options);
     std::cout << "seconds: " << seconds << std::endl;
     writeOutputs(mesh, pDomain, options, false);
+    exportTo(mesh, Subject{pDomain, {}, false}, options);
     return checkIfAsked(mesh, options);
+}
+
+int makeMesh(const Options& options) {
+    Input input;
+    if (holdsTriangles(options.input))
+        addGivenTriangles(options.input, input);
+    else
+        addDrawing(readSegments(options.input), input);
+    return meshInput(input, options);
 }

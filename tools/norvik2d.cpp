@@ -6,6 +6,7 @@
 #include <array>
 #include <exception>
 #include <iostream>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -135,27 +136,20 @@ Command addCut(CLI::App& app, Options& options) {
     return {pCommand, cut};
 }
 
-Command addMesh(CLI::App& app, Options& options) {
-    CLI::App* pCommand = app.add_subcommand(
-        "mesh", "Fill what the closed rings of a file bound, holes by nesting, with triangles of good shape");
-    MeshOptions& limits = options.mesh;
-    pCommand
-        ->add_option("INPUT", options.input,
-                     "Segments (.seg and others, .poly, .geojson, .shp), or triangles (.obj, .msh, .ele)")
-        ->required();
-    pCommand->add_option("--min-angle", limits.minAngle, "The smallest angle, at most 30")
+void addLimits(CLI::App& command, MeshOptions& limits) {
+    command.add_option("--min-angle", limits.minAngle, "The smallest angle, at most 30")
         ->type_name("DEGREES")
         ->check(complaintsOf(parseNumber), "")
         ->check(CLI::Range(0.0, 30.0))
         ->capture_default_str();
-    addNumber(*pCommand, "--min-edge", limits.minEdge, 0.0, "LENGTH",
+    addNumber(command, "--min-edge", limits.minEdge, 0.0, "LENGTH",
               "Segments shorter than twice this stay whole; 1e-5 of the domain's size otherwise");
-    addNumber(*pCommand, "--max-edge", limits.maxEdge, 0.0, "LENGTH", "The longest edge");
-    addNumber(*pCommand, "--max-area", limits.maxArea, 0.0, "AREA", "The largest triangle");
-    addNumber(*pCommand, "--grow", limits.growFactor, 1.0, "FACTOR",
+    addNumber(command, "--max-edge", limits.maxEdge, 0.0, "LENGTH", "The longest edge");
+    addNumber(command, "--max-area", limits.maxArea, 0.0, "AREA", "The largest triangle");
+    addNumber(command, "--grow", limits.growFactor, 1.0, "FACTOR",
               "How much larger a triangle may be than one next to it");
-    pCommand
-        ->add_option_function<std::string>(
+    command
+        .add_option_function<std::string>(
             "--grid",
             [&](const std::string& word) {
                 const auto [dx, dy, length] = parseGrid(word);
@@ -165,8 +159,18 @@ Command addMesh(CLI::App& app, Options& options) {
             "Begin with a square grid in this direction, of this spacing")
         ->type_name("DX,DY,LENGTH")
         ->check(complaintsOf(parseGrid), "");
-    pCommand->add_flag_callback(
+    command.add_flag_callback(
         "--no-split", [&] { limits.bSplit = false; }, "All segments stay whole");
+}
+
+Command addMesh(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "mesh", "Fill what the closed rings of a file bound, holes by nesting, with triangles of good shape");
+    pCommand
+        ->add_option("INPUT", options.input,
+                     "Segments (.seg and others, .poly, .geojson, .shp), or triangles (.obj, .msh, .ele)")
+        ->required();
+    addLimits(*pCommand, options.mesh);
     return {pCommand, makeMesh};
 }
 
@@ -199,20 +203,23 @@ void addSubject(CLI::App& command, Options& options) {
     addProgressOption(command, options);
 }
 
+CLI::Option* addExports(CLI::App& command, Options& options) {
+    command.add_flag("--msh2", options.bOldMsh, "Write .msh in version 2.2 instead of 4.1");
+    return command
+        .add_option(
+            "--to", options.vOutputs,
+            "The format is told by the name: .obj, .msh, .vtu, .node, .ele (and .node), .poly, .geojson, "
+            ".svg, or a folder for a browser")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(complaintAboutOutput, "");
+}
+
 Command addExport(CLI::App& app, Options& options) {
     CLI::App* pCommand =
         app.add_subcommand("export", "Write given triangles, or a triangulation, to files of other programs");
     addSubject(*pCommand, options);
-    pCommand
-        ->add_option(
-            "--to", options.vOutputs,
-            "The format is told by the name: .obj, .msh, .vtu, .node, .ele (and .node), .poly, .geojson, "
-            ".svg, or a folder for a browser")
-        ->required()
-        ->type_name("FILE")
-        ->allow_extra_args(false)
-        ->check(complaintAboutOutput, "");
-    pCommand->add_flag("--msh2", options.bOldMsh, "Write .msh in version 2.2 instead of 4.1");
+    addExports(*pCommand, options)->required();
     return {pCommand, exportMesh};
 }
 
@@ -224,6 +231,38 @@ Command addView(CLI::App& app, Options& options) {
         ->type_name("FOLDER")
         ->capture_default_str();
     return {pCommand, view};
+}
+
+Command addImage(CLI::App& app, Options& options) {
+    CLI::App* pCommand = app.add_subcommand(
+        "image", "Find lines in a picture, and fill what they enclose with triangles of good shape");
+    ImageOptions& image = options.image;
+    pCommand->add_option("INPUT", options.input, "A portable greymap, P2 or P5")->required();
+    addNumber(*pCommand, "--low", image.low, 0.0, "SHARE",
+              "Lines go on where the gradient has this share of the steepest one")
+        ->capture_default_str();
+    addNumber(*pCommand, "--high", image.high, 0.0, "SHARE", "... and are where it has this share somewhere")
+        ->capture_default_str();
+    pCommand->add_option("--min-length", image.minLength, "Shorter branches and lines are dropped")
+        ->type_name("PIXELS")
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()), "")
+        ->capture_default_str();
+    pCommand->add_option("--tolerance", image.tolerance, "How far lines may be off when they are simplified")
+        ->type_name("PIXELS")
+        ->check(complaintsOf(parseNumber), "")
+        ->check(CLI::NonNegativeNumber, "")
+        ->capture_default_str();
+    pCommand->add_flag("--inside", options.bInside,
+                       "Only what an odd number of closed lines contains, not all that is enclosed");
+    pCommand->add_option("--pictures", image.prefix, "Draw each step to a file whose name begins so")
+        ->type_name("PREFIX");
+    addLimits(*pCommand, options.mesh);
+    addExports(*pCommand, options);
+    pCommand->final_callback([&image] {
+        if (image.low > image.high) throw CLI::ValidationError("--low", "exceeds --high");
+        if (image.high > 1.0) throw CLI::ValidationError("--high", "exceeds 1");
+    });
+    return {pCommand, meshImage};
 }
 
 int run(const std::vector<Command>& commands, const Options& options) {
@@ -244,7 +283,8 @@ int main(int argc, char** argv) {
         "2 wrong usage; 3 `check` found illegal segments.");
     std::vector<Command> commands{addTriangulate(app, options), addConstrain(app, options),
                                   addZones(app, options),       addCut(app, options),
-                                  addMesh(app, options),        addImport(app, options)};
+                                  addMesh(app, options),        addImport(app, options),
+                                  addImage(app, options)};
     for (const Command& command : commands) addMeshOptions(*command.first, options);
     for (const auto add : {addCheck, addExport, addView}) commands.push_back(add(app, options));
     try {

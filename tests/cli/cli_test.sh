@@ -771,6 +771,89 @@ scenesAreMade() {
     refused 1 "can't be written" view box.poly --out box.poly
 }
 
+# A white ring, or disc, on black in a greymap of 80 x 60: the radii of the hole and of the ring.
+grey_ring() {
+    echo "P2 # as text"
+    echo "80 60 255"
+    awk -v inner="$1" -v outer="$2" 'BEGIN {
+        for (y = 0; y < 60; ++y)
+            for (x = 0; x < 80; ++x) {
+                squared = (x - 39.5) ^ 2 + (y - 29.5) ^ 2
+                print (squared >= inner ^ 2 && squared < outer ^ 2) ? 255 : 0
+            }
+    }'
+}
+
+# Lines, closed ones; the pattern of the domain's area.
+expect_picture() {
+    expect_status 0
+    expect_line "lines: $1"
+    expect_line "closed lines: $2"
+    expect_lines_in out "^domain: area $3," 1
+    expect_missing 0 0
+}
+
+picturesAreMeshed() {
+    grey_ring 0 20 >disc.pgm
+    # The disc has 1257 pixels; five percent are 63.
+    local -r disc='(119[4-9]|12[0-9][0-9]|131[0-9])(\.[0-9]+)?'
+    run image disc.pgm --check --pictures step_ --to disc.vtu --obj disc.obj
+    expect_picture 1 1 "$disc"
+    expect_line "pixels: 80 x 60"
+    expect_line "written: disc.vtu"
+    for step in magnitude edges thin pruned; do
+        # 240 bytes a row need no padding.
+        [[ $(stat -c %s step_$step.bmp) -eq 14454 ]] || fail "a bitmap of 80 x 60 expected in step_$step.bmp"
+    done
+    for picture in step_lines.ps step_mesh.ps; do grep -q 'lineto$' $picture || fail "$picture expected"; done
+    local -r area=$(sed -n 's/^domain: area \([0-9.]*\),.*/\1/p' out)
+    run import disc.obj
+    expect_lines_in out "^mesh: area $area," 1
+    # The same in bytes, one or two a pixel.
+    (echo "P5 80 60 255" && sed 1,2d disc.pgm | sed 's/^0$/\\0/; s/255/\\377/' | tr -d '\n' | xargs -0 printf '%b') >bytes.pgm
+    (printf 'P5\n#\n80 60\n256\n' && sed 1,2d disc.pgm | sed 's/^0$/\\0\\0/; s/255/\\1\\0/' | tr -d '\n' | xargs -0 printf '%b') >words.pgm
+    for file in bytes words; do
+        run image $file.pgm
+        expect_picture 1 1 "$area"
+    done
+    grey_ring 12 26 >ring.pgm
+    run image ring.pgm --inside --check
+    expect_picture 2 2 '1[67][0-9][0-9](\.[0-9]+)?'
+    run image ring.pgm --min-angle 25 --check
+    expect_picture 2 2 '2[01][0-9][0-9](\.[0-9]+)?'
+}
+
+badPicturesAreTold() {
+    tells() {
+        printf "$1" >bad.pgm
+        refused 1 "bad.pgm: $2" image bad.pgm
+        expect_no_output
+    }
+    tells 'P6 1 1 255 ' 'is no portable greymap, P2 or P5'
+    tells 'P2 #\n3' 'ends where its height should follow'
+    tells 'P2 3 x 255' 'its height: "x" is not an integer'
+    tells 'P2 0 3 255' "its width is 0, which isn't from 1 to 2147483647"
+    tells 'P5 1 1 65536 ' "its greatest value is 65536, which isn't from 1 to 65535"
+    tells 'P2 2 1 7 1 8' "its next pixel is 8, which isn't from 0 to 7"
+    tells 'P2 2 2 7 1 2 3' 'holds 3 pixels, its header tells 4'
+    tells 'P2 2 1 7 1 2 3' 'goes on behind its last pixel'
+    tells 'P2 2147483647 2147483647 7 1 2 3' 'holds 3 pixels, its header tells 4611686014132420609'
+    tells 'P5 2147483647 2147483647 256 \1\1' 'holds 1 pixels, its header tells 4611686014132420609'
+    tells 'P5 1 1 7' 'holds 0 pixels, its header tells 1'
+    tells 'P5 1 1 7 \1\1' 'goes on behind its last pixel'
+    tells 'P5 1 1 7 \10' 'a pixel is 8, more than its greatest value, 7'
+    tells 'P2 3 1 9 5 5 5' 'no lines are found, there is no domain'
+    refused 1 "missing.pgm: can't be read" image missing.pgm
+    grey_ring 0 20 >disc.pgm
+    refused 1 "no/such/magnitude.bmp: can't be written" image disc.pgm --pictures no/such/
+    expect_no_output
+    refused 1 "disc.pgm: no lines are found" image disc.pgm --high 1 --low 1 --min-length 100
+    for arguments in "--low 0" "--high 1.5" "--min-length 0" "--tolerance -1" "--tolerance nan" "--to mesh.xyz" \
+        "--low 0.4 --high 0.3"; do
+        refused 2 "${arguments%% *}: " image disc.pgm $arguments
+    done
+}
+
 gmshAgrees() {
     command -v gmsh >/dev/null || skip "gmsh isn't there"
     box_poly
