@@ -174,7 +174,7 @@ char greyOf(float value, float minVal, float maxVal) {
     if (minVal == maxVal) return static_cast<char>(value > minVal ? 255 : 0);
     const double share = (double{value} - double{minVal}) / (double{maxVal} - double{minVal});
     if (!(share > 0.0)) return 0;
-    return static_cast<char>(static_cast<unsigned char>(std::min(share, 1.0) * 255.0 + 0.5));
+    return static_cast<char>(std::lround(std::min(share, 1.0) * 255.0));
 }
 
 bool writePixels(const std::string& path, const FloatMtx& mtx, float minVal, float maxVal) {

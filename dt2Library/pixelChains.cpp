@@ -25,7 +25,7 @@ namespace {
 using Ring = std::uint8_t;
 
 constexpr int ringSize = 8;
-constexpr Ring sides = 0x55, corners = 0xAA;
+constexpr Ring sides = 0x55, corners = 0xAA, everything = 0xFF;
 constexpr std::array<int, ringSize> ringX{1, 1, 0, -1, -1, -1, 0, 1};
 constexpr std::array<int, ringSize> ringY{0, 1, 1, 1, 0, -1, -1, -1};
 
@@ -76,7 +76,7 @@ public:
     Ring ringOf(std::size_t pixel) const {
         Ring ring = 0;
         for (int i = 0; i < ringSize; ++i)
-            if (vSet[neighbour(pixel, i)] != 0) ring |= bit(i);
+            if (isSet(neighbour(pixel, i))) ring |= bit(i);
         return ring;
     }
     Ring linksAt(std::size_t pixel) const { return linksOf(ringOf(pixel)); }
@@ -92,14 +92,15 @@ public:
     }
 
     std::size_t getFrameSize() const { return vSet.size(); }
+    bool isSet(std::size_t pixel) const { return vSet[pixel] != 0; }
 
     /// Pixels that are taken away stay in the list up to the next sweep().
     void takeAway(std::size_t pixel) { vSet[pixel] = 0; }
     /// Sets to 0 what was taken away. Whether there was anything.
     bool sweep(FloatMtx& mtx) {
         const auto gone = [&](std::size_t pixel) {
-            if (vSet[pixel] == 0) mtx.set(xOf(pixel), yOf(pixel), 0.0F);
-            return vSet[pixel] == 0;
+            if (!isSet(pixel)) mtx.set(xOf(pixel), yOf(pixel), 0.0F);
+            return !isSet(pixel);
         };
         return std::erase_if(vPixels, gone) != 0;
     }
@@ -112,31 +113,58 @@ private:
 
 // Thinning
 
-/// Guo and Hall's pass: peels the borders of thick places off on two of their four sides, all pixels at once. It is for the
-/// sides 0 and 2 in the ring as it is, and for the opposite ones with the ring turned around.
-bool peel(PixelSet& set, bool bTurned, FloatMtx& inOut) {
-    std::vector<std::size_t> vPeeled;
-    for (const std::size_t pixel : set.pixels()) {
-        const Ring ring = set.ringOf(pixel);
-        const int numPairs = countPairs(ring);
-        if (countPieces(ring) != 1 || numPairs < 2 || numPairs > 3) continue;
-        const Ring turned = bTurned ? std::rotr(ring, 4) : ring;
-        const bool bKept =
-            (turned & bit(2)) != 0 && ((turned & (bit(0) | bit(1))) != 0 || (turned & bit(3)) == 0);
-        if (!bKept) vPeeled.push_back(pixel);
+class Thinner {
+public:
+    explicit Thinner(PixelSet& set_) : set(set_), vNoted(set.getFrameSize()) {
+        for (const std::size_t pixel : set.pixels())
+            if (set.ringOf(pixel) != everything) note(pixel);
     }
-    for (const std::size_t pixel : vPeeled) set.takeAway(pixel);
-    return set.sweep(inOut);
-}
 
-/// Takes away, one after the other, what is neither an end nor needed to hang together, such as corners of stairs.
-bool tidyUp(PixelSet& set, FloatMtx& inOut) {
-    for (const std::size_t pixel : set.pixels()) {
-        const Ring ring = set.ringOf(pixel);
-        if (countPieces(ring) == 1 && countPairs(ring) >= 2) set.takeAway(pixel);
+    /// Guo and Hall's pass: peels the borders of thick places off on two of their four sides, all pixels at once. It is for the
+    /// sides 0 and 2 in the ring as it is, and for the opposite ones with the ring turned around. Whether anything was left to peel.
+    bool peel(bool bTurned) {
+        std::vector<std::size_t> vPeeled;
+        for (const std::size_t pixel : vBorder)
+            if (isPeeled(set.ringOf(pixel), bTurned)) vPeeled.push_back(pixel);
+        for (const std::size_t pixel : vPeeled) set.takeAway(pixel);
+        std::erase_if(vBorder, [this](std::size_t pixel) { return !set.isSet(pixel); });
+        for (const std::size_t pixel : vPeeled)
+            for (int i = 0; i < ringSize; ++i) note(set.neighbour(pixel, i));
+        return !vPeeled.empty();
     }
-    return set.sweep(inOut);
-}
+
+    /// Takes away, one after the other, what is neither an end nor needed to hang together, such as corners of stairs.
+    bool tidyUp() {
+        bool bChanged = false;
+        for (const std::size_t pixel : set.pixels()) {
+            if (!set.isSet(pixel)) continue;
+            const Ring ring = set.ringOf(pixel);
+            if (countPieces(ring) != 1 || countPairs(ring) < 2) continue;
+            set.takeAway(pixel);
+            bChanged = true;
+        }
+        return bChanged;
+    }
+
+private:
+    static bool isPeeled(Ring ring, bool bTurned) {
+        const int numPairs = countPairs(ring);
+        if (countPieces(ring) != 1 || numPairs < 2 || numPairs > 3) return false;
+        const Ring turned = bTurned ? std::rotr(ring, 4) : ring;
+        return (turned & bit(2)) == 0 || ((turned & (bit(0) | bit(1))) == 0 && (turned & bit(3)) != 0);
+    }
+
+    void note(std::size_t pixel) {
+        if (!set.isSet(pixel) || vNoted[pixel]) return;
+        vNoted[pixel] = true;
+        vBorder.push_back(pixel);
+    }
+
+    PixelSet& set;
+    /// Only these are looked at: what is inside of something thick waits until it is reached.
+    std::vector<std::size_t> vBorder;
+    std::vector<bool> vNoted;
+};
 
 // Pruning
 
@@ -288,12 +316,15 @@ void dropCollinear(Line& line, std::size_t least) {
 void thinPixels(FloatMtx& inOut) {
     RoundToNearest nearest;
     PixelSet set(inOut);
-    for (bool bChanged = true; bChanged;) {
-        bChanged = peel(set, false, inOut);
-        bChanged |= peel(set, true, inOut);
+    Thinner thinner(set);
+    bool bChanged = true;
+    while (bChanged) {
+        bChanged = thinner.peel(false);
+        bChanged |= thinner.peel(true);
     }
-    while (tidyUp(set, inOut)) {
+    while (thinner.tidyUp()) {
     }
+    set.sweep(inOut);
 }
 
 void pruneChains(FloatMtx& inOut, int minLength) {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <functional>
 #include <limits>
 #include <random>
 #include <set>
@@ -25,7 +25,7 @@ using Lines = std::vector<std::vector<Point2>>;
 
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
-/// The upper row comes first, as it is drawn. A digit is its value, anything but a blank or a point is 1.
+/// The upper row comes first, as it is drawn. A digit is its value, anything but a point is 1.
 FloatMtx mtxOf(const Drawing& drawing) {
     const int height = static_cast<int>(drawing.size());
     FloatMtx mtx(static_cast<int>(drawing[0].size()), height);
@@ -66,36 +66,29 @@ Lines traced(const FloatMtx& mtx) {
 
 /// How many parts the pixels have that are set, or aren't; a frame of others is around the picture.
 int countParts(const FloatMtx& mtx, bool bSet) {
-    std::set<std::pair<int, int>> sSeen;
-    const auto isWanted = [&](int x, int y) { return (mtx.isInside(x, y) && mtx.get(x, y) != 0.0F) == bSet; };
-    const auto flood = [&](int x, int y) {
-        std::vector<std::pair<int, int>> vOpen{{x, y}};
-        while (!vOpen.empty()) {
-            const auto at = vOpen.back();
-            vOpen.pop_back();
-            if (at.first < -1 || at.first > mtx.getWidth() || at.second < -1 || at.second > mtx.getHeight() ||
-                !isWanted(at.first, at.second) || !sSeen.insert(at).second)
-                continue;
-            for (int dy = -1; dy <= 1; ++dy)
-                for (int dx = -1; dx <= 1; ++dx)
-                    if (bSet || dx == 0 || dy == 0) vOpen.emplace_back(at.first + dx, at.second + dy);
-        }
+    FloatMtx left(mtx.getWidth() + 2, mtx.getHeight() + 2);
+    for (int y = 0; y < left.getHeight(); ++y)
+        for (int x = 0; x < left.getWidth(); ++x)
+            if ((mtx.isInside(x - 1, y - 1) && mtx.get(x - 1, y - 1) != 0.0F) == bSet) left.set(x, y, 1.0F);
+    const std::function<bool(int, int)> take = [&](int x, int y) {
+        if (!left.isInside(x, y) || left.get(x, y) == 0.0F) return false;
+        left.set(x, y, 0.0F);
+        for (const int dy : {-1, 0, 1})
+            for (const int dx : {-1, 0, 1})
+                if (bSet || dx == 0 || dy == 0) take(x + dx, y + dy);
+        return true;
     };
     int numParts = 0;
-    for (int y = -1; y <= mtx.getHeight(); ++y)
-        for (int x = -1; x <= mtx.getWidth(); ++x)
-            if (isWanted(x, y) && sSeen.count({x, y}) == 0) {
-                flood(x, y);
-                ++numParts;
-            }
+    for (int y = 0; y < left.getHeight(); ++y)
+        for (int x = 0; x < left.getWidth(); ++x) numParts += take(x, y);
     return numParts;
 }
 
 int countAround(const FloatMtx& mtx, int x, int y) {
-    int num = 0;
-    for (int dy = -1; dy <= 1; ++dy)
-        for (int dx = -1; dx <= 1; ++dx)
-            if ((dx != 0 || dy != 0) && mtx.isInside(x + dx, y + dy)) num += mtx.get(x + dx, y + dy) != 0.0F;
+    int num = mtx.get(x, y) != 0.0F ? -1 : 0;
+    for (const int dy : {-1, 0, 1})
+        for (const int dx : {-1, 0, 1})
+            num += mtx.isInside(x + dx, y + dy) && mtx.get(x + dx, y + dy) != 0.0F;
     return num;
 }
 
