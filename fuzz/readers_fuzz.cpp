@@ -18,6 +18,7 @@
 #include "diagnostics.h"
 #include "fault.h"
 #include "fileFunctions.h"
+#include "formats/greyMap.h"
 #include "formats/mshFile.h"
 #include "formats/triangleFiles.h"
 #include "inputFiles.h"
@@ -177,6 +178,18 @@ void readByProgram(const Folder& folder, const char* ending, const char* endingB
     if (endingBeside != nullptr) std::filesystem::remove(folder.pathTo(std::string("in") + endingBeside));
 }
 
+void readPicture(const Folder& folder, std::string_view content) {
+    readOrRefuse([&] {
+        const FloatMtx mtx = readGreyMap(folder.write("in.pgm", content));
+        float least = 0.0F, greatest = 0.0F;
+        mtx.getMinMax(least, greatest);
+        expect(least >= 0.0F && greatest <= 65535.0F, "pixels are in their range");
+        const auto numPixels =
+            static_cast<std::size_t>(mtx.getWidth()) * static_cast<std::size_t>(mtx.getHeight());
+        expect(0 < numPixels && numPixels < content.size(), "no more pixels than bytes");
+    });
+}
+
 struct Format {
     const char *ending, *endingBeside;
 };
@@ -191,7 +204,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t siz
     setMessageHandler(silentMessageHandler());
     if (size == 0) return 0;
     const std::string_view content(reinterpret_cast<const char*>(pData) + 1, size - 1);
-    // Printable ones, so that an input can be written by hand: x, p and s for the library's readers, digits for the program's,
+    // Printable ones, so that an input can be written by hand: x, p and s for the library's readers, digits and g for the program's,
     // f for faces with many corners as these take them.
     switch (pData[0]) {
         case 'x':
@@ -202,6 +215,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t siz
             break;
         case 's':
             readSegmentsOfLibrary(folder, content);
+            break;
+        case 'g':
+            readPicture(folder, content);
             break;
         case 'f': {
             Decisions decisions(pData + 1, size - 1);

@@ -154,9 +154,9 @@ TEST(Surroundings, FilesThatCantBeWrittenEndNothing) {
         CaptureOutput output;
         wholeInterface::write(results, "scene");
         // A full disk can be read, and holds no number.
-        expected << false << bFullDisk << false << false << false << false;
+        expected << false << bFullDisk << false << false << false << false << false;
         EXPECT_EQ(results.text, expected.text);
-        EXPECT_EQ(countOf(output.out(), " can't be written\n"), 4) << "the constraints' too";
+        EXPECT_EQ(countOf(output.out(), " can't be written\n"), 5) << "the constraints' too";
         EXPECT_EQ(countOf(output.out(), "fileReplicate(), WARNING: Can't write scene_web/"), 4);
     }
 }

@@ -8,6 +8,7 @@
 
 #include "Norvik_2D.h"
 #include "hardPoints.h"
+#include "mtxTools.h"
 
 /// Small scenes that together call every operation of the public interface that computes. Each tells what came of it as a text:
 /// equal texts are equal results, to the last bit.
@@ -248,6 +249,37 @@ inline void compute(Results& results) {
     results << segments;
 }
 
+/// A slanted ellipse, by whole numbers: it must be the same whatever the rounding mode.
+inline FloatMtx drawPicture() {
+    FloatMtx picture(40, 30, 0.1F);
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 40; ++x)
+            if (const int u = 10 * x - 173, v = 13 * y - 3 * x - 140; u * u + v * v < 9400)
+                picture.set(x, y, 0.7F);
+    return picture;
+}
+
+inline void followLines(Results& results) {
+    FloatMtx edges, directions;
+    sobelFilter(drawPicture(), edges, &directions);
+    for (int x = 0; x < 40; ++x) results << edges.get(x, 15) << directions.get(x, 15);
+    float least = 0.0F, greatest = 0.0F;
+    edges.getMinMax(least, greatest);
+    thresholdHysteresis(edges, 0.125F * greatest, 0.25F * greatest, edges);
+    thinPixels(edges);
+    pruneChains(edges, 5);
+    std::vector<std::vector<Point2>> vvLines;
+    traceChains(edges, vvLines);
+    for (std::vector<Point2>& line : vvLines) {
+        simplifyPolyline(line, 0.0);
+        simplifyPolyline(line, 0.7);
+        results << line;
+    }
+    Segments segments;
+    polylinesToSegments(vvLines, segments);
+    results << segments << static_cast<double>(edges == directions);
+}
+
 /// Files in the working directory whose names begin with `prefix`, appended to what came of it.
 inline void write(Results& results, const std::string& prefix) {
     Scene scene;
@@ -268,6 +300,7 @@ inline void write(Results& results, const std::string& prefix) {
     scene.mesh.writeWebScene((prefix + "_web").c_str());
     for (const double minAngle : {60.0, -999.0, -1000.0})
         scene.mesh.checkZoneQuality(const_cast<Zone2*>(pZone), minAngle, prefix, {});
+    results << writeBMP(prefix + ".bmp", drawPicture(), 0.05F, 0.8F);
     Visualizer2 picture(prefix + "_all.ps");
     picture.addObject(scene.points, Color(COLORNAME_BLUE, 0.1F, true));
     picture.addObject(Circle2(0.1, 0.2, 0.3), Color(0.1, 0.2, 0.3, 0.4, false));
@@ -278,6 +311,6 @@ inline void write(Results& results, const std::string& prefix) {
 
 using SceneFunction = void (*)(Results&);
 inline constexpr SceneFunction scenes[] = {insertAndAsk, constrain,     combineZones, refine,
-                                           importAndCut, checkSegments, compute};
+                                           importAndCut, checkSegments, compute,      followLines};
 
 }  // namespace wholeInterface
