@@ -91,8 +91,7 @@ Gradient gradientAt(const FloatMtx& in, int x, int y) {
 
 float directionOf(const Gradient& gradient) {
     if (gradient.x == 0.0 && gradient.y == 0.0) return 0.0F;
-    // The zero makes a negative zero positive: of two results for one direction it gives 180, not -180.
-    return static_cast<float>(std::atan2(gradient.y + 0.0, gradient.x) * (180.0 / std::numbers::pi));
+    return static_cast<float>(std::atan2(gradient.y, gradient.x) * (180.0 / std::numbers::pi));
 }
 
 }  // namespace
@@ -115,10 +114,8 @@ void sobelFilter(const FloatMtx& in, FloatMtx& magnitude, FloatMtx* pDirectionDe
 
 void thresholdHysteresis(const FloatMtx& in, float low, float high, FloatMtx& out) {
     RoundToNearest nearest;
-    if (low > high) {
-        warning("thresholdHysteresis()", "low exceeds high, high counts for both");
-        low = high;
-    }
+    // What has `low` then has `high` as well.
+    if (low > high) warning("thresholdHysteresis()", "low exceeds high, high counts for both");
     FloatMtx edges(in.getWidth(), in.getHeight());
     std::vector<std::pair<int, int>> vOpen;
     const auto take = [&](int x, int y, float least) {

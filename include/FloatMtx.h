@@ -28,7 +28,9 @@ public:
     int getHeight() const noexcept { return height; }
     bool isInside(int x, int y) const noexcept { return 0 <= x && x < width && 0 <= y && y < height; }
 
+    /// The value of a pixel.
     float get(int x, int y) const;
+    /// Changes it.
     void set(int x, int y, float value);
 
     /// The least and the greatest value. Pixels that are no number (NaN) don't count; 0 and 0 if none is left.
