@@ -46,7 +46,7 @@ stress: ## insert random points 200 times on random numbers of threads (SEED=...
 	$(DEPENDENCIES) test
 	cmake --preset $(PRESET) -DNORVIK2D_BUILD_TESTS=ON
 	$(BUILD) --preset $(PRESET) --target norvik2d_stress
-	build/$(PRESET)/tests/norvik2d_stress $(SEED)
+	build/$(PRESET)/fuzz/norvik2d_stress $(SEED)
 
 faults: ## plant forty small faults, and tell which of them the tests catch
 	$(DEPENDENCIES) faults
