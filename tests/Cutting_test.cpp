@@ -3,6 +3,7 @@
 
 #include "Norvik_2D.h"
 #include "captureOutput.h"
+#include "exactSegments.h"
 #include "exactSigns.h"
 #include "hardPoints.h"
 #include "hardSegments.h"
@@ -10,7 +11,7 @@
 
 using namespace KELMAR_NORVIK2D;
 using namespace zoneLaws;
-using exactSigns::intersectionType, exactSigns::orientationSign;
+using exactSigns::orientationSign;
 using hardPoints::below, hardPoints::Rng, hardPoints::uniformPoints, hardPoints::unit;
 
 namespace {
@@ -64,6 +65,7 @@ std::string cutFaults(Norvik_2D& mesh, const Segments& knives, bool bWithConstra
     mesh.cutTriangles(knives, bWithConstraints);
     const CanonicalMesh after = canonicalMesh(mesh);
     const EdgeGraph edges(mesh);
+    ExactReference exact;
     for (const Segment2& knife : knives)
         if (knife.getSrc() != knife.getTrg() && !edges.leads(knife.getSrc(), knife.getTrg(), true))
             faults << "no chain along " << knife.getSrc() << "-" << knife.getTrg() << "; ";
@@ -77,7 +79,7 @@ std::string cutFaults(Norvik_2D& mesh, const Segments& knives, bool bWithConstra
             bMet |= orientationSign(c[0], c[1], p) == orientationSign(c[1], c[2], p) &&
                     orientationSign(c[1], c[2], p) == orientationSign(c[2], c[0], p);
             for (std::size_t i = 0; i < 3; ++i)
-                bMet |= intersectionType(c[i], c[(i + 1) % 3], p, q) != IST_NOIS;
+                bMet |= exactSegments::meeting(exact, {c[i], c[(i + 1) % 3]}, knife) != IST_NOIS;
         }
         if (bExactly && !bMet && !std::binary_search(after.begin(), after.end(), before[n]))
             faults << "no longer a triangle: " << c[0] << c[1] << c[2] << "; ";
@@ -213,24 +215,6 @@ TEST(Cutting, ComesToAnEndWhereEverythingIsSmallerThanItsRounding) {
 
 namespace {
 
-/// The area of the part of a polygon, which may be any simple one, inside of a convex one.
-double clippedArea(Polygon polygon, const std::vector<Point2*>& vHull) {
-    for (std::size_t i = 0; i < vHull.size(); ++i) {
-        const Point2 &p = *vHull[i], &q = *vHull[(i + 1) % vHull.size()];
-        const auto side = [&](const Point2& at) { return areaOf(Polygon{p, q, at}); };
-        Polygon clipped;
-        for (std::size_t k = 0; k < polygon.size(); ++k) {
-            const Point2 &a = polygon[k], &b = polygon[(k + 1) % polygon.size()];
-            const double sideA = side(a), sideB = side(b), t = sideA / (sideA - sideB);
-            if (sideA >= 0) clipped.push_back(a);
-            if (sideA * sideB < 0)
-                clipped.emplace_back(a.x() + t * (b.x() - a.x()), a.y() + t * (b.y() - a.y()));
-        }
-        polygon = clipped;
-    }
-    return std::fabs(areaOf(polygon));
-}
-
 /// Cuts a polygon out and checks all that is left.
 void expectCookie(Norvik_2D& mesh, const Polygon& polygon, bool bWithConstraints, double area) {
     CaptureOutput output;
@@ -274,21 +258,6 @@ TEST(CookieCutter, CutsWhatIsInsideOfPolygonAndHull) {
                 mesh.insert(joined(Polygon{{5, 5}}, box(0, 0, 10, 10)));
                 expectCookie(mesh, direction, bWithConstraints, area);
             }
-}
-
-TEST(CookieCutter, CutsRandomStars) {
-    for (unsigned seed = 1; seed <= 40; ++seed) {
-        SCOPED_TRACE(seed);
-        Rng rng(seed);
-        Norvik_2D mesh;
-        mesh.insert(uniformPoints(60, seed));
-        if (seed % 3 == 0)
-            mesh.createConstraint(ring(star(rng, 5, {0.5, 0.5}, 0.1, 0.3)), CIS_CONSTRAINED_DELAUNAY);
-        const Polygon polygon = star(rng, 3 + below(rng, 9), {unit(rng), unit(rng)}, 0.05, 0.7);
-        std::vector<Point2*> vHull;
-        mesh.getConvexHull(false, vHull);
-        expectCookie(mesh, polygon, seed % 2 == 0, clippedArea(polygon, vHull));
-    }
 }
 
 TEST(CookieCutter, CutsNoOtherShapes) {

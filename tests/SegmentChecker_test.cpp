@@ -9,41 +9,20 @@
 #include "NorvikException.h"
 #include "captureOutput.h"
 #include "clientSettings.h"
-#include "exactSigns.h"
+#include "exactSegments.h"
 #include "hardPoints.h"
 #include "hardSegments.h"
 
 using namespace KELMAR_NORVIK2D;
+using exactSegments::hasEnd, exactSegments::least, exactSegments::overlapOf;
 using hardPoints::nudged, hardPoints::Rng;
 using hardSegments::Segments;
-using namespace std::string_literals;
 
 namespace {
 
 using Partners = std::map<Segment2*, SegmentIntersectionType>;
 
 Segment2 reversed(const Segment2& s) { return {s.getTrg(), s.getSrc()}; }
-Point2 least(const Segment2& s) { return std::min(s.getSrc(), s.getTrg()); }
-bool hasEnd(const Segment2& s, const Point2& p) { return s.getSrc() == p || s.getTrg() == p; }
-bool isPoint(const Segment2& s) { return s.getSrc() == s.getTrg(); }
-
-/// Of collinear segments that meet, what they have in common, in the direction of `s`.
-Segment2 overlapOf(const Segment2& s, const Segment2& t) {
-    const Segment2 rising(std::max(least(s), least(t)),
-                          std::min(std::max(s.getSrc(), s.getTrg()), std::max(t.getSrc(), t.getTrg())));
-    return s.getSrc() == least(s) ? rising : reversed(rising);
-}
-
-/// By what two segments have in common: nothing, a stretch, an end of both, another point.
-SegmentIntersectionType exactType(const Segment2& s, const Segment2& t) {
-    if (isPoint(s) && !isPoint(t)) return exactType(t, s);
-    const IntersectionType type =
-        exactSigns::intersectionType(s.getSrc(), s.getTrg(), t.getSrc(), t.getTrg());
-    if (type == IST_NOIS) return SIT_NONE;
-    if (type == IST_COLLINEAR && !isPoint(overlapOf(s, t))) return SIT_SEGMENT;
-    return hasEnd(s, t.getSrc()) || hasEnd(s, t.getTrg()) ? SIT_ENDPOINT : SIT_POINT;
-}
-
 std::vector<Segment2*> pointersTo(Segments& segments) {
     std::vector<Segment2*> pointers;
     for (Segment2& segment : segments) pointers.push_back(&segment);
@@ -76,8 +55,9 @@ bool isCommonPartRight(const SegmentChecker& checker, const Segment2& s, const S
         else
             checker.getIntersectionPoint(type, s, t, point);
     }
+    const Segment2 rising = overlapOf(s, t), expected = s.getSrc() == least(s) ? rising : reversed(rising);
     if (type == SIT_SEGMENT)
-        return overlap.getSrc() == overlapOf(s, t).getSrc() && overlap.getTrg() == overlapOf(s, t).getTrg() &&
+        return overlap.getSrc() == expected.getSrc() && overlap.getTrg() == expected.getTrg() &&
                overlap.getSrc().customIndex == -1;
     return point != Point2() && (type == SIT_POINT || (hasEnd(s, point) && hasEnd(t, point)));
 }
@@ -97,6 +77,7 @@ Segments hardPairs(const hardPoints::Kind& kind, Rng& rng) {
 
 TEST(SegmentChecker, TypesAreExactInAllOrdersAndDirections) {
     int numOf[5] = {};
+    ExactReference exact;
     const SegmentChecker common;  // its bounds are those of all that it has seen
     for (const hardPoints::Kind& kind : hardPoints::kinds) {
         Rng rng(1);
@@ -106,7 +87,7 @@ TEST(SegmentChecker, TypesAreExactInAllOrdersAndDirections) {
             Partners partners;
             for (Segment2& b : segments) {
                 if (&a == &b) continue;
-                const SegmentIntersectionType expected = exactType(a, b);
+                const SegmentIntersectionType expected = exactSegments::typeOf(exact, a, b);
                 ++numOf[expected];
                 if (expected != SIT_NONE) partners[&b] = expected;
                 Segment2 a2 = reversed(a), b2 = reversed(b);
@@ -130,13 +111,14 @@ TEST(SegmentChecker, TypesAreExactInAllOrdersAndDirections) {
 
 TEST(SegmentChecker, FiltersKnowTheLargestCoordinateFromTheStart) {
     Rng rng(2);
+    ExactReference exact;
     for (int i = 0; i < 2000; ++i) {
         const auto drawn = [&] {
             const double x = hardPoints::around0(rng) * (rng() % 2 == 0 ? 1.0 : 1e-6);
             return Point2(x, nudged(0.3 * x, rng));
         };
         Segment2 s(drawn(), drawn()), t(drawn(), drawn());
-        const SegmentIntersectionType type = exactType(s, t);
+        const SegmentIntersectionType type = exactSegments::typeOf(exact, s, t);
         Partners partners;
         if (type != SIT_NONE) partners[&s] = type;
         ASSERT_EQ(SegmentChecker().getIntersectionType(&s, &t), type) << s << t;
@@ -269,28 +251,4 @@ TEST(SegmentChecker, PicturesMarkWhereIllegalSegmentsMeet) {
         EXPECT_EQ(countOf(blue, "lineto"), 1 + 3 * 2);
         EXPECT_EQ(countOf(blue, "setrgbcolor"), 1);
     }
-}
-
-TEST(SegmentChecker, ProgressIsThatOfIllegalSegments) {
-    struct Listener : MsgBase {
-        std::vector<double> values;
-        void update(MsgType, const std::string& name, double value) override {
-            EXPECT_EQ(name, "getIllegalSegments");
-            values.push_back(value);
-        }
-    } listener;
-    CaptureOutput output;
-    Rng rng(1);
-    Segments segments = hardSegments::kinds[0].make(rng, 1000);
-    SegmentChecker checker(pointersTo(segments));
-    checker.unsubscribe(MSGTYPE_PROGRESS, &listener);
-    EXPECT_TRUE(output.told("SegmentChecker::unsubscribe(), WARNING: No publisher present\033"));
-    checker.subscribe(MSGTYPE_PROGRESS, &listener);
-    illegalOf(checker, false);
-    EXPECT_EQ(listener.values.size(), 100U);
-    EXPECT_TRUE(std::is_sorted(listener.values.begin(), listener.values.end()));
-    EXPECT_EQ(listener.values.back(), 1.0);
-    checker.unsubscribe(MSGTYPE_PROGRESS, &listener);
-    illegalOf(checker, false);
-    EXPECT_EQ(listener.values.size(), 100U);
 }

@@ -7,6 +7,7 @@
 #include "NorvikException.h"
 #include "Norvik_2D.h"
 #include "captureOutput.h"
+#include "exactSegments.h"
 #include "exactSigns.h"
 #include "geometryTools.h"
 #include "hardPoints.h"
@@ -46,13 +47,14 @@ bool isOnLineBetween(const Point2& a, const Point2& b, const Point2& q0, const P
 TEST(Intersections, TypeIsExactOnSmallIntegersWhateverTheOrder) {
     Rng rng(1);
     int numOf[3] = {0, 0, 0};
+    ExactReference exact;
     KelmarTest engine;
     engine.setStaticBound(4.0);
     for (int i = 0; i < 20000; ++i) {
         Point2 p[4];
         for (Point2& point : p) point = Point2(below(rng, 5), below(rng, 5));
         if (p[0] == p[1] || p[2] == p[3]) continue;
-        const IntersectionType expected = exactSigns::intersectionType(p[0], p[1], p[2], p[3]);
+        const IntersectionType expected = exactSegments::meeting(exact, {p[0], p[1]}, {p[2], p[3]});
         ++numOf[expected];
         ASSERT_EQ(engine.getIntersectionType(p[0], p[1], p[2], p[3]), expected)
             << p[0] << p[1] << p[2] << p[3];

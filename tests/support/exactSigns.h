@@ -3,13 +3,11 @@
 #include <gmpxx.h>
 
 #include <algorithm>
-#include <array>
 #include <climits>
 #include <cmath>
 #include <limits>
 
 #include "Point2.h"
-#include "geometryTools.h"
 
 /// Signs of determinants in integers, for comparison with the library's: finite doubles are multiples of one power of two,
 /// so scaled by it they are integers. Nothing of the library's arithmetic is used.
@@ -59,30 +57,10 @@ inline int inCircle(const ExactPoint& a, const ExactPoint& b, const ExactPoint& 
                          (cx * cx + cy * cy) * (ax * by - bx * ay)));
 }
 
-template <std::size_t N>
-std::array<ExactPoint, N> exactPoints(const std::array<const Point2*, N>& points) {
-    CommonScale scale;
-    for (const Point2* p : points) scale.note(*p);
-    std::array<ExactPoint, N> result;
-    for (std::size_t i = 0; i < N; ++i) result[i] = scale.exact(*points[i]);
-    return result;
-}
-
 inline int orientationSign(const Point2& a, const Point2& b, const Point2& c) {
-    const auto p = exactPoints<3>({&a, &b, &c});
-    return sgn(doubleArea(p[0], p[1], p[2]));
-}
-
-/// What two segments that have a length have in common.
-inline KELMAR_NORVIK2D::IntersectionType intersectionType(const Point2& a, const Point2& b, const Point2& c,
-                                                          const Point2& d) {
-    using namespace KELMAR_NORVIK2D;
-    const int sideC = orientationSign(a, b, c), sideD = orientationSign(a, b, d);
-    if (sideC != 0 || sideD != 0)
-        return sideC * sideD <= 0 && orientationSign(c, d, a) * orientationSign(c, d, b) <= 0 ? IST_REGULAR
-                                                                                              : IST_NOIS;
-    const bool bApart = std::min(std::max(a, b), std::max(c, d)) < std::max(std::min(a, b), std::min(c, d));
-    return bApart ? IST_NOIS : IST_COLLINEAR;
+    CommonScale scale;
+    for (const Point2* p : {&a, &b, &c}) scale.note(*p);
+    return sgn(doubleArea(scale.exact(a), scale.exact(b), scale.exact(c)));
 }
 
 constexpr int unsure = 2;
@@ -102,13 +80,6 @@ inline int fastInCircleSign(const Point2& a, const Point2& b, const Point2& c, c
                            lengthC * (std::fabs(ax * by) + std::fabs(bx * ay));
     const Wide bound = permanent * 64 * std::numeric_limits<Wide>::epsilon();
     return det > bound ? 1 : det < -bound ? -1 : unsure;
-}
-
-inline int inCircleSign(const Point2& a, const Point2& b, const Point2& c, const Point2& q) {
-    const int sign = fastInCircleSign(a, b, c, q);
-    if (sign != unsure) return sign;
-    const auto p = exactPoints<4>({&a, &b, &c, &q});
-    return inCircle(p[0], p[1], p[2], p[3]);
 }
 
 }  // namespace exactSigns
