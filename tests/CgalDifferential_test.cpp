@@ -95,26 +95,6 @@ TEST(CgalDifferential, HardPointsOfEveryKind) {
         }
 }
 
-TEST(CgalDifferential, ManyPointsAndWhatIsLeftAfterRemovals) {
-    std::vector<Point2> points = hardPoints::uniformPoints(20000, 22);
-    hardPoints::Rng rng(23);
-    for (int i = 0; i < 20000; ++i)
-        points.emplace_back(hardPoints::below(rng, 10) + 1e-5 * hardPoints::unit(rng),
-                            1e-3 * hardPoints::around0(rng));
-    Norvik_2D mesh;
-    std::vector<Point2*> handles;
-    mesh.insert(points, handles);
-    expectAlike(mesh, points);
-    std::vector<Point2> vLeft;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        if (i % 4 == 0)
-            mesh.remove(handles[i]);
-        else
-            vLeft.push_back(points[i]);
-    }
-    expectAlike(mesh, vLeft);
-}
-
 TEST(CgalDifferential, SegmentsWithoutCrossings) {
     hardPoints::Rng rng(24);
     const std::vector<Point2> points = hardPoints::uniformPoints(3000, 25);

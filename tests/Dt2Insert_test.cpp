@@ -58,30 +58,20 @@ TEST(Dt2Insert, AVertexOfDegreeFourStandsOnAnInnerEdge) {
     EXPECT_EQ(degreeOf(mesh, handles.back()), 4U);
 }
 
-TEST(Dt2Insert, OfARectangleTheLastCornerGetsTheDiagonal) {
-    const std::vector<Point2> corners{{0, 0}, {3, 0}, {3, 1}, {0, 1}};
-    for (std::size_t last = 0; last < 4; ++last) {
-        Norvik_2D mesh;
-        std::vector<Point2*> handles(4);
-        for (std::size_t i = 1; i <= 4; ++i) handles[(last + i) % 4] = mesh.insert(corners[(last + i) % 4]);
-        EXPECT_TRUE(isEdge(mesh, handles[last], handles[(last + 2) % 4])) << last;
-        EXPECT_FALSE(isEdge(mesh, handles[(last + 1) % 4], handles[(last + 3) % 4])) << last;
-    }
-}
-
-TEST(Dt2Insert, OfOtherCocircularPointsTheLastOneKeepsTheEdge) {
-    for (const std::vector<Point2>& corners :
-         {std::vector<Point2>{{0, -5}, {5, 0}, {0, 5}, {-5, 0}},
-          std::vector<Point2>{{-63, -16}, {16, -63}, {25, 60}, {-60, 25}}}) {
+TEST(Dt2Insert, TheLastOfFourCocircularPointsGetsADiagonalIfTheyAreARectangle) {
+    const std::vector<Point2> rectangle{{0, 0}, {3, 0}, {3, 1}, {0, 1}},
+        onItsTip{{0, -5}, {5, 0}, {0, 5}, {-5, 0}}, others{{-63, -16}, {16, -63}, {25, 60}, {-60, 25}};
+    for (const std::vector<Point2>& corners : {rectangle, onItsTip, others})
         for (std::size_t last = 0; last < 4; ++last) {
             Norvik_2D mesh;
             std::vector<Point2*> handles(4);
             for (std::size_t i = 1; i <= 4; ++i)
                 handles[(last + i) % 4] = mesh.insert(corners[(last + i) % 4]);
-            EXPECT_TRUE(isEdge(mesh, handles[(last + 1) % 4], handles[(last + 3) % 4])) << last;
+            const bool bRectangle = corners == rectangle;
+            EXPECT_EQ(isEdge(mesh, handles[last], handles[(last + 2) % 4]), bRectangle) << last;
+            EXPECT_EQ(isEdge(mesh, handles[(last + 1) % 4], handles[(last + 3) % 4]), !bRectangle) << last;
             EXPECT_EQ(lawsBroken(mesh), "");
         }
-    }
 }
 
 TEST(Dt2Insert, TheSameCoordinatesGiveTheSameVertex) {

@@ -24,20 +24,6 @@ TEST(Facade, NumberOfThreadsInForce) {
     EXPECT_EQ(Norvik_2D().getImpl()->getNumCPU(), 1);
 }
 
-TEST(Facade, BeginsAnewAndWithAnyExpectation) {
-    for (const unsigned numExpected : {0U, 1U, 3U, 5000U}) {
-        Norvik_2D mesh(numExpected);
-        mesh.insert(hardPoints::uniformPoints(300, 1));
-        EXPECT_EQ(lawsBroken(mesh), "");
-        mesh.initNorvik(numExpected);
-        EXPECT_FALSE(mesh.is2D());
-        EXPECT_EQ(mesh.numberOfPoints(), 0U);
-        mesh.insert(hardPoints::uniformPoints(100, 2));
-        EXPECT_EQ(mesh.numberOfPoints(), 100U);
-        EXPECT_EQ(lawsBroken(mesh), "");
-    }
-}
-
 TEST(Facade, NamesVersionsAndReservedEntries) {
     Norvik_2D mesh;
     mesh.setName("a name");
@@ -78,42 +64,6 @@ TEST(Facade, ShowingWithoutTrianglesIsAnErrorAndNoFile) {
         << capture.out();
     EXPECT_FALSE(capture.told("Visualizer2:: Writing"));
     EXPECT_FALSE(std::ifstream("facade_noMesh.ps").good());
-}
-
-TEST(Facade, MeshesAreTheSameUnderAnySettingsAndKeepThem) {
-    for (const hardPoints::Kind& kind : hardPoints::kinds) {
-        hardPoints::Rng rng(1);
-        const std::vector<Point2> points = hardPoints::makePoints(kind, 120, rng),
-                                  more = hardPoints::makePoints(kind, 30, rng);
-        const auto history = [&](Norvik_2D& mesh, int numCPU) {
-            std::vector<Point2*> handles;
-            mesh.setNumCPU(numCPU);
-            mesh.insert(points, handles);
-            for (const Point2& point : more) mesh.insert(point);
-            for (std::size_t i = 0; i < handles.size(); i += 5)
-                if (handles[i]->getIncidentTriangle() != nullptr) mesh.remove(handles[i]);
-            std::vector<double> coordinates{points[0].x(), points[0].y(), more[0].x(), more[0].y()};
-            mesh.insert(2, coordinates.data(), handles.data());
-            mesh.locate(more[1]);
-            mesh.computeBoundingBox();
-            if (mesh.is2D()) mesh.getConvexHull(false, handles);
-        };
-        for (const int numCPU : {1, 2}) {
-            Norvik_2D expected;
-            history(expected, numCPU);
-            for (const int rounding : roundingModes)
-                for (const bool bFlush : {false, true}) {
-                    Norvik_2D mesh;
-                    {
-                        const ClientSettings settings(rounding, bFlush);
-                        history(mesh, numCPU);
-                        EXPECT_TRUE(settings.areKept());
-                    }
-                    EXPECT_TRUE(canonicalMesh(mesh) == canonicalMesh(expected)) << kind << rounding << bFlush;
-                    EXPECT_EQ(lawsBroken(mesh), "") << kind << rounding << bFlush;
-                }
-        }
-    }
 }
 
 TEST(Facade, WorkersKnowNothingOfTheClientsSettings) {

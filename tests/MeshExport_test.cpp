@@ -78,33 +78,15 @@ TEST(writeObj, NumbersCornersAsTheyAreMet) {
 }
 
 TEST(writeObj, WritesNumbersAsAStreamDoes) {
-    const std::vector<double> hard = {0.0,
-                                      -0.0,
-                                      1.0,
-                                      -1.0,
-                                      0.1,
-                                      1.0 / 3.0,
-                                      1e-4,
-                                      1e-5,
-                                      9.9999e-5,
-                                      12345678.9,
-                                      1e7 + 0.1,
-                                      4503599627370497.5,
-                                      9007199254740993.0,
-                                      1e19,
-                                      99999999999999999999.0,
-                                      1e20,
-                                      1e21,
-                                      1e22,
-                                      -1e23,
-                                      DBL_MIN,
-                                      -DBL_TRUE_MIN,
-                                      1e-300,
-                                      1e100};
+    // clang-format off
+    constexpr double hard[] = {0.0, -0.0, 1.0, -1.0, 0.1, 1.0 / 3.0, 1e-4, 1e-5, 9.9999e-5, 12345678.9, 1e7 + 0.1, 4503599627370497.5,
+                               9007199254740993.0, 1e19, 99999999999999999999.0, 1e20, 1e21, 1e22, -1e23, DBL_MIN, -DBL_TRUE_MIN,
+                               1e-300, 1e100};
+    // clang-format on
     Norvik_2D mesh;
     std::vector<Point2> vPoints;
-    for (std::size_t i = 0; i < hard.size(); ++i)
-        for (const std::size_t j : {i, (5 * i + 3) % hard.size()}) vPoints.emplace_back(hard[i], hard[j]);
+    for (std::size_t i = 0; i < std::size(hard); ++i)
+        for (const std::size_t j : {i, (5 * i + 3) % std::size(hard)}) vPoints.emplace_back(hard[i], hard[j]);
     for (int i = 0; i < 20000; ++i)
         vPoints.emplace_back(i, i * 0.7 / (i + 1.0));  // more than one piece of the file
     mesh.insert(vPoints);

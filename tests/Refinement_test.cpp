@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <stdexcept>
-#include <thread>
 
 #include "Dt2.h"
 #include "RefinementQueue.h"
@@ -325,26 +324,6 @@ TEST(Refinement, ARunThatFailsIsTheLastOfItsMesh) {
     EXPECT_TRUE(output.told("Condition [ pCG!=__null failed ]"));
 }
 
-TEST(Refinement, MeshesAreTheSameUnderAnySettingsAndAtTheSameTime) {
-    // Equal angles would be treated in the order of addresses: there are none.
-    Rng rng(5);
-    const Domain domains[] = {{"blunt", {bluntStar(rng)}}, sharpDomains().front()};
-    const auto meshOf = [&](std::size_t i) {
-        Meshed meshed(domains[i % 2]);
-        meshed.refine({.minAngle = 25, .growFactor = 5, .gridLength = 0.7, .gridVector = {2, 1}});
-        return canonicalMesh(meshed.mesh);
-    };
-    CanonicalMesh meshes[4];
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < 4; ++i)
-        threads.emplace_back([&, i] {
-            const ClientSettings settings(roundingModes[i], i % 2 == 0);
-            meshes[i] = meshOf(i);
-        });
-    for (std::thread& thread : threads) thread.join();
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_TRUE(meshes[i] == meshOf(i)) << i;
-}
-
 TEST(Refinement, WhatIsWorstIsServedFirstAndEqualsInTurn) {
     Rng rng(1);
     Triangle2 triangle;
@@ -361,23 +340,6 @@ TEST(Refinement, WhatIsWorstIsServedFirstAndEqualsInTurn) {
             mWaiting.erase(mWaiting.begin());
         }
     }
-}
-
-TEST(Refinement, ProgressIsToldAsOnePhase) {
-    struct Listener : MsgBase {
-        std::vector<double> values;
-        void update(MsgType, const std::string& name, double value) override {
-            EXPECT_EQ(name, "refine");
-            values.push_back(value);
-        }
-    } listener;
-    Meshed meshed(square);
-    meshed.mesh.subscribe(MSGTYPE_PROGRESS, &listener);
-    meshed.refine({.maxEdge = 0.3});
-    EXPECT_GT(listener.values.size(), 10U);
-    EXPECT_LT(listener.values.size(), 1000U) << "about a hundred in each of few passes";
-    EXPECT_EQ(std::count(listener.values.begin(), listener.values.end(), 1.0), 1);
-    EXPECT_EQ(listener.values.back(), 1.0);
 }
 
 TEST(Refinement, DebuggingExplainsAndDrawsWhatIsRefined) {

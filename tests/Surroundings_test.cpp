@@ -8,6 +8,7 @@
 #include <functional>
 #include <locale>
 
+#include "canonicalMesh.h"
 #include "captureOutput.h"
 #include "clientSettings.h"
 #include "meshLaws.h"
@@ -19,12 +20,31 @@ using wholeInterface::Results, wholeInterface::Segments;
 
 namespace {
 
+/// Meshes of points that need every stage of the predicates, and all of the range of doubles.
+void insertHardPoints(Results& results) {
+    static const auto points = [] {
+        std::vector<std::vector<Point2>> ofKinds;
+        hardPoints::Rng rng(1);
+        for (const auto& kind : hardPoints::kinds) ofKinds.push_back(hardPoints::makePoints(kind, 90, rng));
+        return ofKinds;
+    }();
+    for (const std::vector<Point2>& ofKind : points) {
+        Norvik_2D mesh;
+        mesh.insert(std::vector<Point2>(ofKind.begin(), ofKind.begin() + 60));
+        const std::vector<Point2*> handles = insertEach(mesh, ofKind);
+        for (std::size_t i = 0; i < handles.size(); i += 5)
+            if (handles[i]->getIncidentTriangle() != nullptr) mesh.remove(handles[i]);
+        results << mesh;
+    }
+}
+
 /// What comes of all scenes, files included.
 std::map<std::string, std::string> resultsOfAll() {
     const TemporaryFolder folder;
     const CaptureOutput output;
     Results results;
     for (const wholeInterface::SceneFunction scene : wholeInterface::scenes) scene(results);
+    insertHardPoints(results);
     wholeInterface::write(results, "scene");
     std::map<std::string, std::string> all = TemporaryFolder::files();
     // Circles are stroked by a count that goes on from picture to picture.

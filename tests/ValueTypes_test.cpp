@@ -90,26 +90,6 @@ TEST(Point2, DenormalCoordinatesDifferWhateverTheHostHasSet) {
     EXPECT_TRUE(box.add(Point2(tiniest, 0)));
 }
 
-TEST(ValueTypes, ResultsAreIndependentOfTheRoundingMode) {
-    Figure figure({0.1, 0.2}, {1.3, 0.7}, {0.4, 0.9});
-    const auto results = [&] {
-        const Point2 center = figure.t.getDual().first;
-        Bbox2 box = getBox(std::vector<Point2>{figure.a, figure.b, figure.c});
-        box.enlargeRanges(1.01);
-        const double left = Vector2(figure.a, figure.b).orthogonalVector().x();
-        const double middle = figure.t.getBarycenter().x(), radius = Circle2(0, 0, 0.1).getRadius();
-        const double area = figure.t.getArea2D(), angle = figure.t.getInteriorAngle2D(0);
-        return std::vector<double>{area,   angle,         center.x(), center.y(), left,
-                                   radius, box.getMaxX(), middle,     getUlp(0.3)};
-    };
-    const std::vector<double> expected = results();
-    for (const int mode : roundingModes) {
-        const ClientSettings settings(mode, false);
-        EXPECT_EQ(results(), expected);
-        EXPECT_TRUE(settings.areKept());
-    }
-}
-
 TEST(ValueTypes, StreamForms) {
     Square square;
     square.a.customIndex = 5;

@@ -11,12 +11,9 @@
 using Coordinates = std::pair<double, double>;
 using CanonicalMesh = std::vector<std::array<Coordinates, 3>>;
 
-/// The triangles of a mesh as coordinates, sorted: equal for equal meshes, whatever the order and the addresses. `image`
-/// maps each corner first.
-template <class Mesh, class Image>
-CanonicalMesh canonicalMesh(Mesh& mesh, Image image) {
-    std::vector<KELMAR_NORVIK2D::Triangle2*> vTriangles;
-    mesh.getTrianglePointers(vTriangles);
+/// Triangles as coordinates, sorted: equal for equal ones, whatever the order and the addresses. `image` maps each corner first.
+template <class Image>
+CanonicalMesh canonicalTriangles(const std::vector<KELMAR_NORVIK2D::Triangle2*>& vTriangles, Image image) {
     CanonicalMesh result;
     result.reserve(vTriangles.size());
     for (const auto* pT : vTriangles) {
@@ -31,10 +28,15 @@ CanonicalMesh canonicalMesh(Mesh& mesh, Image image) {
     std::sort(result.begin(), result.end());
     return result;
 }
-
-template <class Mesh>
-CanonicalMesh canonicalMesh(Mesh& mesh) {
-    return canonicalMesh(mesh, [](const KELMAR_NORVIK2D::Point2& point) { return point; });
+inline CanonicalMesh canonicalTriangles(const std::vector<KELMAR_NORVIK2D::Triangle2*>& vTriangles) {
+    return canonicalTriangles(vTriangles, [](const KELMAR_NORVIK2D::Point2& point) { return point; });
+}
+/// All triangles of a mesh.
+template <class Mesh, class... Image>
+CanonicalMesh canonicalMesh(Mesh& mesh, Image... image) {
+    std::vector<KELMAR_NORVIK2D::Triangle2*> vTriangles;
+    mesh.getTrianglePointers(vTriangles);
+    return canonicalTriangles(vTriangles, image...);
 }
 
 /// Inserts the points one at a time and returns their vertices.

@@ -1,14 +1,18 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
-#include <cstdio>
+#include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "Norvik_2D.h"
 #include "hardPoints.h"
 #include "mtxTools.h"
+#include "zoneLaws.h"
 
 /// Small scenes that together call every operation of the public interface that computes. Each tells what came of it as a text:
 /// equal texts are equal results, to the last bit.
@@ -16,14 +20,15 @@ namespace wholeInterface {
 
 using namespace KELMAR_NORVIK2D;
 
-using Segments = std::vector<Segment2>;
+using zoneLaws::ring, zoneLaws::Segments, zoneLaws::Triangles;
 
 /// Numbers as they are in memory, whatever locale and rounding mode the host has set.
 class Results {
 public:
     Results& operator<<(double value) {
-        char digits[32];
-        text.append(digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::hex).ptr);
+        char digits[16];
+        text.append(digits,
+                    std::to_chars(digits, std::end(digits), std::bit_cast<std::uint64_t>(value), 16).ptr);
         text += ' ';
         return *this;
     }
@@ -41,41 +46,25 @@ public:
     Results& operator<<(const Bbox2& box) {
         return *this << box.getMinX() << box.getMinY() << box.getMaxX() << box.getMaxY();
     }
-    /// Ordered by what is in them: addresses differ from run to run.
-    Results& operator<<(const std::vector<Triangle2*>& vTriangles) {
-        std::vector<std::string> vLines;
+    /// Ordered as points are, which know denormal coordinates apart whatever the host has set.
+    Results& operator<<(const Triangles& vTriangles) {
+        std::vector<std::array<Point2, 3>> sorted;
         for (const Triangle2* pT : vTriangles) {
-            int first = 0;
-            for (int i = 1; i < 3; ++i)
-                if (*pT->getCorner(i) < *pT->getCorner(first)) first = i;
-            Results line;
-            for (int i = 0; i < 3; ++i) line << *pT->getCorner((first + i) % 3);
-            vLines.push_back(line.text);
+            sorted.push_back({*pT->getCorner(0), *pT->getCorner(1), *pT->getCorner(2)});
+            std::sort(sorted.back().begin(), sorted.back().end());
         }
-        std::sort(vLines.begin(), vLines.end());
-        for (const std::string& line : vLines) text += line;
+        std::sort(sorted.begin(), sorted.end());
+        for (const auto& corners : sorted)
+            for (const Point2& corner : corners) *this << corner;
         return *this;
     }
-    Results& operator<<(Norvik_2D& mesh) {
-        std::vector<Triangle2*> vTriangles;
-        mesh.getTrianglePointers(vTriangles);
-        return *this << vTriangles;
-    }
+    Results& operator<<(Norvik_2D& mesh) { return *this << zoneLaws::trianglesOf(mesh); }
     Results& operator<<(const Zone2* pZone) {
-        std::vector<Triangle2*> vTriangles;
-        if (pZone != nullptr) pZone->getTriangles(vTriangles);
-        return *this << vTriangles;
+        return *this << (pZone == nullptr ? Triangles() : zoneLaws::trianglesOf(pZone));
     }
 
     std::string text;
 };
-
-inline Segments ring(const std::vector<Point2>& corners) {
-    Segments segments;
-    for (std::size_t i = 0; i < corners.size(); ++i)
-        segments.emplace_back(corners[i], corners[(i + 1) % corners.size()]);
-    return segments;
-}
 
 inline const Segments quad = ring({{0.1, 0.1}, {3.2, 0.4}, {2.9, 3.3}, {0.3, 2.7}});
 inline const Segments otherQuad = ring({{1.1, 1.2}, {4.1, 1.5}, {3.8, 4.2}, {1.3, 3.9}});
