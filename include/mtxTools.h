@@ -43,10 +43,10 @@ NORVIK2D_EXPORT void pruneChains(FloatMtx& inOut, int minLength);
 /// nothing.
 NORVIK2D_EXPORT void traceChains(const FloatMtx& in, std::vector<std::vector<Point2>>& vvOut);
 
-/// Drops inner points from which the polyline of those that stay (Douglas and Peucker's, with distances from segments) is nowhere
-/// further away than `tolerance`; without a tolerance above 0, those exactly on the segment between their neighbours. Tips of spikes stay
-/// then. So do first and last always, and of a closed line, whose first equals its last, four entries, if there are so many. Lines may
-/// cross themselves and each other afterwards. Coordinates are finite.
+/// Drops inner points that are no further than `tolerance` from the segment that takes their place (Douglas and Peucker's way);
+/// without a tolerance above 0, those exactly on the segment between their neighbours, which tips of spikes aren't. First and last
+/// stay, and of a closed line, whose first equals its last, four entries, if there are so many. Lines may cross themselves and each
+/// other afterwards. Coordinates are finite.
 NORVIK2D_EXPORT void simplifyPolyline(std::vector<Point2>& inOut, double tolerance);
 
 /// Appends the segments between consecutive points, without those of no length.
