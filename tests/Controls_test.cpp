@@ -308,8 +308,10 @@ TYPED_TEST(Cancel, AtEveryTenthStepLeavesAValidStateFromWhichWorkGoesOn) {
         bReached = listener.vHeard.size() >= when;
         const bool bCancelled = state.subject.wasCancelled();
         EXPECT_TRUE(bReached || !bCancelled);
-        EXPECT_TRUE(!bCancelled || listener.vHeard.size() <= when + 5) << "cancelled, and late";
-        EXPECT_TRUE(bCancelled || !bReached || listener.vHeard[when - 1].second > 0.9);
+        const bool bEndsSoon = listener.vHeard.size() <= when + 5;
+        EXPECT_TRUE(!bCancelled || bEndsSoon) << "cancelled, and late";
+        // How far progress is at the last step depends on how many divisions were expected.
+        EXPECT_TRUE(bCancelled || !bReached || bEndsSoon || listener.vHeard[when - 1].second > 0.9);
         ASSERT_EQ(state.faults(bCancelled), "");
         numCancelled += bCancelled ? 1 : 0;
         state.operate();
