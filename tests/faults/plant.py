@@ -116,8 +116,9 @@ def first_tool_failure():
 
 
 def suites_in(test):
-    names = re.findall(r"^TEST(?:_[FP])?\((\w+),", (TREE / f"tests/{test}_test.cpp").read_text(), re.M)
-    return [f"{prefix}{name}.*" for name in dict.fromkeys(names) for prefix in ("", "*/")]
+    source = (TREE / f"tests/{test}_test.cpp").read_text()
+    names = re.findall(r"^(?:TYPED_)?TEST(?:_[FP])?\((\w+),", source, re.M)
+    return [pattern for name in dict.fromkeys(names) for pattern in (f"{name}.*", f"*/{name}.*", f"{name}/*")]
 
 
 def first_failure(tests):
