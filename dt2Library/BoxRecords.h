@@ -67,6 +67,7 @@ struct BoxRecords {
     }
 
 private:
+    /// The least coordinates of all axes, then the greatest ones.
     template <class Record>
     static constexpr auto makeSides() {
         using Sides = std::array<double Record::*, 2 * Dimension>;

@@ -110,15 +110,14 @@ TEST(Octree, FindsWhatLiesInASphereAndWhatIsNearest) {
 }
 
 TEST(Octree, TheSurfaceOfASphereBelongsToIt) {
-    // 2, 3 and 6 make a length of 7, wherever squares overflow or underflow, too.
-    for (const int exponent : {-1074, -1022, -540, -500, 0, 30, 500, 511, 1020}) {
+    // 1, 2 and 2 make a length of 3, wherever squares overflow or underflow, too.
+    for (const int exponent : {-1074, -1022, -539, -500, 0, 30, 500, 511, 1020}) {
+        const double one = std::ldexp(1, exponent), two = 2 * one;
         Places places;
         for (int corner = 0; corner < 8; ++corner)
-            places.push_back({std::ldexp(corner & 1 ? 2 : -2, exponent),
-                              std::ldexp(corner & 2 ? 3 : -3, exponent),
-                              std::ldexp(corner & 4 ? 6 : -6, exponent)});
+            places.push_back({corner & 1 ? one : -one, corner & 2 ? two : -two, corner & 4 ? two : -two});
         const FilledTree filled(places, 1, 20);
-        const double r = std::ldexp(7, exponent);
+        const double r = std::ldexp(3, exponent);
         EXPECT_EQ(inSphere(filled.tree, {0, 0, 0}, r).size(), 8U) << exponent;
         EXPECT_EQ(inSphere(filled.tree, {0, 0, 0}, hardPoints::nudged(r, -1)).size(), 0U) << exponent;
         // From a little to one side four are nearer and four are farther.
@@ -130,17 +129,21 @@ TEST(Octree, TheSurfaceOfASphereBelongsToIt) {
 
 TEST(Octree, OctantsComeByXThenYThenZAndTheItemsOfALeafAsAdded) {
     const double least[] = {0, 0, 0}, most[] = {2, 2, 2};
-    Octree divided(least, most, 2), whole(least, most, 16);
+    Octree divided(least, most, 15), whole(least, most, 16), undivided(least, most, 1, 0);
     std::vector<std::size_t> inOrder, byOctants;
     for (int octant = 7; octant >= 0; --octant)
         for (int i = 0; i < 2; ++i) {
             inOrder.push_back(inOrder.size());
             byOctants.insert(byOctants.begin() + i, inOrder.back());
-            for (Octree* pTree : {&divided, &whole})
+            for (Octree* pTree : {&divided, &whole, &undivided})
                 pTree->addPoint(pTree, octant / 4 + 0.5 * i, octant / 2 % 2 + 0.5 * i, octant % 2 + 0.5 * i);
         }
     EXPECT_EQ(inSphere(divided, {1, 1, 1}, infinity), byOctants);
     EXPECT_EQ(inSphere(whole, {1, 1, 1}, infinity), inOrder);
+    EXPECT_EQ(inSphere(undivided, {1, 1, 1}, infinity), inOrder);
+    // Neighbouring doubles are divided as well.
+    const FilledTree neighbours({{hardPoints::nudged(1, 1), 0, 0}, {1, 0, 0}}, 1, INT_MAX);
+    EXPECT_EQ(inSphere(neighbours.tree, {1, 1, 1}, infinity), (std::vector<std::size_t>{1, 0}));
 
     const OctItem* const pItem = divided.getNearest(2, 2, 2);
     Rng rng(2);
