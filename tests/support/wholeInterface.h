@@ -27,9 +27,8 @@ class Results {
 public:
     Results& operator<<(double value) {
         char digits[16];
-        text.append(digits,
-                    std::to_chars(digits, std::end(digits), std::bit_cast<std::uint64_t>(value), 16).ptr);
-        text += ' ';
+        const auto end = std::to_chars(digits, std::end(digits), std::bit_cast<std::uint64_t>(value), 16);
+        text.append(digits, static_cast<std::size_t>(end.ptr - digits)).push_back(' ');
         return *this;
     }
     Results& operator<<(const Point2& point) { return *this << point.x() << point.y(); }
