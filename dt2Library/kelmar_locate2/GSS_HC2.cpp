@@ -8,18 +8,18 @@ namespace KELMAR_TOOLS {
 
 namespace {
 
-void checkLength(unsigned bitLength) { checkBitLength(bitLength, 2, 32, "GSS_HC2, invalid parameters\n"); }
+void checkLength2D(unsigned bitLength) { checkBitLength(bitLength, 2, 32, "GSS_HC2, invalid parameters\n"); }
 
 }  // namespace
 
 GSS_HC2::GSS_HC2(double minX_, double minY_, double maxX, double maxY, unsigned bitLength_) {
-    checkLength(bitLength_);
+    checkLength2D(bitLength_);
     setParams(minX_, minY_, maxX, maxY, bitLength_);
 }
 
 void GSS_HC2::setParams(double minX_, double minY_, double maxX, double maxY, unsigned bitLength_) {
     KELMAR_NORVIK2D::RoundToNearest nearest;
-    checkLength(bitLength);
+    checkLength2D(bitLength);
     const auto grid = KeyGrid<2>::over({minX_, minY_}, {maxX, maxY}, bitLength_);
     bitLength = bitLength_;
     minX = minX_;

@@ -8,20 +8,20 @@ namespace KELMAR_TOOLS {
 
 namespace {
 
-void checkLength(unsigned bitLength) { checkBitLength(bitLength, 3, 30, "GSS_HC3, invalid parameters\n"); }
+void checkLength3D(unsigned bitLength) { checkBitLength(bitLength, 3, 30, "GSS_HC3, invalid parameters\n"); }
 
 }  // namespace
 
 GSS_HC3::GSS_HC3(double minX_, double minY_, double minZ_, double maxX, double maxY, double maxZ,
                  unsigned bitLength_) {
-    checkLength(bitLength_);
+    checkLength3D(bitLength_);
     setParams(minX_, minY_, minZ_, maxX, maxY, maxZ, bitLength_);
 }
 
 void GSS_HC3::setParams(double minX_, double minY_, double minZ_, double maxX, double maxY, double maxZ,
                         unsigned bitLength_) {
     KELMAR_NORVIK2D::RoundToNearest nearest;
-    checkLength(bitLength);
+    checkLength3D(bitLength);
     const auto grid = KeyGrid<3>::over({minX_, minY_, minZ_}, {maxX, maxY, maxZ}, bitLength_);
     bitLength = bitLength_;
     minX = minX_;
