@@ -20,6 +20,8 @@ public:
     /// scope may compute a result behind it, or begin with an argument before it.
     template <class Number>
     Number keep(Number number) const noexcept {
+        // A bool not by itself: Clang 14 may set all bits of one that is true, and takes it back as it is.
+        if constexpr (std::is_same_v<Number, bool>) return keep(int{number}) != 0;
 #if defined(__SSE2__)
         if constexpr (std::is_floating_point_v<Number>)
             asm volatile("" : "+x"(number) : : "memory");
