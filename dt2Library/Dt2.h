@@ -490,8 +490,8 @@ private:
     std::optional<UniformLimits> uniformLimits;         ///< of the present run, if they are
     std::size_t mostRefinementVertices = 50000000;
     std::size_t numRefinementVertices = 0;  ///< made in this run
-    bool bPrecisionLimitReached = false;    ///< in this run
     std::size_t numDivisionsLeft = 0;       ///< at crossings, while a record is being made an edge
+    bool bPrecisionLimitReached = false;    ///< in this run
     bool bDividingIsOver = false;           ///< crossing constraints stay out from now on
     std::map<const Zone2*, std::unique_ptr<Zone2>> sZones;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
