@@ -190,6 +190,22 @@ bool Dt2::findSeedAndBorder(const std::vector<Triangle2*>& vComponent, Point2& s
 
 // ------------------------------------------------------------------------------------------- the cookie cutter
 
+namespace {
+
+/// Drops pieces that come an even number of times: they run there and back, and bound nothing. So it is where vertices are closer
+/// to each other than crossings are exact, or where both sides of a corner cross an edge that passes it so closely that one vertex
+/// stands for both crossings.
+void dropSpikes(std::vector<ConstraintSegment2*>& vPieces) {
+    std::vector<ConstraintSegment2*> vSorted(vPieces);
+    std::sort(vSorted.begin(), vSorted.end(), ByAddress{});
+    std::erase_if(vPieces, [&](ConstraintSegment2* pPiece) {
+        const auto [first, last] = std::equal_range(vSorted.begin(), vSorted.end(), pPiece, ByAddress{});
+        return (last - first) % 2 == 0;
+    });
+}
+
+}  // namespace
+
 Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bWithConstraints) {
     if (!isSimplePolygon(vSegments)) return nullptr;
     std::vector<Point2> vOutside;
@@ -214,6 +230,7 @@ Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool
 
     std::vector<ConstraintSegment2*> vPieces;
     CUTT_cutTriangles(vSegments, bWithConstraints, vPieces);
+    dropSpikes(vPieces);
     std::vector<Segment2> vRing;
     for (const ConstraintSegment2* pPiece : vPieces) vRing.emplace_back(*pPiece->getSrc(), *pPiece->getTrg());
     ConstraintGraph2* const pGraph = createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);

@@ -303,31 +303,6 @@ double clippedArea(std::vector<Point2> polygon, const std::vector<Point2*>& vHul
     return std::fabs(zoneLaws::areaOf(polygon));
 }
 
-double distanceOf(const Point2& point, const Point2& p, const Point2& q) {
-    const double dx = q.x() - p.x(), dy = q.y() - p.y();
-    const double along = ((point.x() - p.x()) * dx + (point.y() - p.y()) * dy) / (dx * dx + dy * dy);
-    const double t = std::clamp(along, 0.0, 1.0);
-    return std::hypot(p.x() + t * dx - point.x(), p.y() + t * dy - point.y());
-}
-
-/// Whether no edge passes a corner so closely that its crossings with the two sides, which are rounded to vertices within 1e-5,
-/// could become one vertex.
-bool hasRoomAtCorners(const std::vector<Point2>& polygon, const std::vector<Triangle2*>& vTriangles) {
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const Point2 &a = polygon[i], &b = polygon[(i + 1) % polygon.size()],
-                     &c = polygon[(i + 2) % polygon.size()];
-        const double ax = a.x() - b.x(), ay = a.y() - b.y(), cx = c.x() - b.x(), cy = c.y() - b.y();
-        const double sine = std::fabs(ax * cy - ay * cx) / (std::hypot(ax, ay) * std::hypot(cx, cy));
-        const double room = 4e-5 / (ax * cx + ay * cy > 0.0 ? sine : 1.0);
-        for (const Triangle2* pT : vTriangles)
-            for (int k = 0; k < 3; ++k) {
-                const Point2 &p = *pT->getCorner((k + 1) % 3), &q = *pT->getCorner((k + 2) % 3);
-                if (p != b && q != b && distanceOf(b, p, q) < room) return false;
-            }
-    }
-    return true;
-}
-
 }  // namespace
 
 void ApiDriver::cutCookie() {
@@ -338,8 +313,7 @@ void ApiDriver::cutCookie() {
     std::vector<Point2*> vHull;
     pMesh->getConvexHull(false, vHull);
     const double area = clippedArea(polygon, vHull);
-    const bool bClosed = isSimplePolygon(ring), bWithConstraints = from.oneIn(2);
-    const bool bDistinct = isSimple(polygon) && hasRoomAtCorners(polygon, trianglesOf(*pMesh));
+    const bool bClosed = isSimplePolygon(ring), bSimple = isSimple(polygon), bWithConstraints = from.oneIn(2);
     say("mesh.createZone_cookieCutter(std::vector<Segment2>", ring, ", ", bWithConstraints, ");");
     Zone2* const pZone = pMesh->createZone_cookieCutter(ring, bWithConstraints);
     bDelaunay &= !bWithConstraints;
@@ -347,7 +321,7 @@ void ApiDriver::cutCookie() {
     for (const Segment2& side : ring) vGiven.push_back(side);
     noteConstraints();
     if (!bClosed) expect(pZone == nullptr, "only simple polygons cut cookies");
-    if (isExact() && bDistinct && isEnforced() && area > 1e-2)
+    if (isExact() && bSimple && isEnforced() && area > 1e-2)
         expect(pZone != nullptr, "a polygon over the mesh cuts a cookie");
     if (pZone == nullptr) return;
     double perimeter = 0.0;

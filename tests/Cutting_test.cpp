@@ -260,6 +260,20 @@ TEST(CookieCutter, CutsWhatIsInsideOfPolygonAndHull) {
             }
 }
 
+// One vertex stands for the crossings of both sides then, and the pieces to it from the corner run there and back.
+TEST(CookieCutter, CutsWhereAnEdgePassesACornerClosely) {
+    for (const bool bWithConstraints : {false, true}) {
+        Norvik_2D mesh;
+        mesh.insert(Polygon{{0, 5}, {10, 5}, {5, 12}, {5, 0}});
+        CaptureOutput output;
+        const Zone2* const pZone =
+            mesh.createZone_cookieCutter(ring(Polygon{{5, 5 - 1e-6}, {7, 7}, {3, 7}}), bWithConstraints);
+        ASSERT_NE(pZone, nullptr);
+        EXPECT_NEAR(areaOf(pZone), 4.0, 1e-5);
+        EXPECT_EQ(zoneFaults(mesh, pZone), "");
+    }
+}
+
 TEST(CookieCutter, CutsNoOtherShapes) {
     const struct {
         const char* name;
