@@ -52,6 +52,9 @@ int countPairs(Ring ring) {
                     std::popcount(static_cast<Ring>(pairs & corners)));
 }
 
+/// Whether a pixel is neither an end nor needed to hang together, as at corners of stairs.
+bool isNeedless(Ring ring) { return countPieces(ring) == 1 && countPairs(ring) >= 2; }
+
 /// Which pixels are set. A frame of others around them saves all tests for the border.
 class PixelSet {
 public:
@@ -112,7 +115,7 @@ private:
 
 class Thinner {
 public:
-    explicit Thinner(PixelSet& set_) : set(set_), vNoted(set.getFrameSize()) {
+    explicit Thinner(PixelSet& set_) : set(set_), vPassesLeft(set.getFrameSize()) {
         for (const std::size_t pixel : set.pixels())
             if (set.ringOf(pixel) != everything) note(pixel);
     }
@@ -124,19 +127,18 @@ public:
         for (const std::size_t pixel : vBorder)
             if (isPeeled(set.ringOf(pixel), bTurned)) vPeeled.push_back(pixel);
         for (const std::size_t pixel : vPeeled) set.takeAway(pixel);
-        std::erase_if(vBorder, [this](std::size_t pixel) { return !set.isSet(pixel); });
+        std::erase_if(vBorder,
+                      [this](std::size_t pixel) { return !set.isSet(pixel) || --vPassesLeft[pixel] == 0; });
         for (const std::size_t pixel : vPeeled)
             for (int i = 0; i < ringSize; ++i) note(set.neighbour(pixel, i));
         return !vPeeled.empty();
     }
 
-    /// Takes away, one after the other, what is neither an end nor needed to hang together, such as corners of stairs.
+    /// Takes needless pixels away, one after the other.
     bool tidyUp() {
         bool bChanged = false;
         for (const std::size_t pixel : set.pixels()) {
-            if (!set.isSet(pixel)) continue;
-            const Ring ring = set.ringOf(pixel);
-            if (countPieces(ring) != 1 || countPairs(ring) < 2) continue;
+            if (!set.isSet(pixel) || !isNeedless(set.ringOf(pixel))) continue;
             set.takeAway(pixel);
             bChanged = true;
         }
@@ -145,22 +147,22 @@ public:
 
 private:
     static bool isPeeled(Ring ring, bool bTurned) {
-        const int numPairs = countPairs(ring);
-        if (countPieces(ring) != 1 || numPairs < 2 || numPairs > 3) return false;
+        if (!isNeedless(ring) || countPairs(ring) > 3) return false;
         const Ring turned = bTurned ? std::rotr(ring, 4) : ring;
         return (turned & bit(2)) == 0 || ((turned & (bit(0) | bit(1))) == 0 && (turned & bit(3)) != 0);
     }
 
     void note(std::size_t pixel) {
-        if (!set.isSet(pixel) || vNoted[pixel]) return;
-        vNoted[pixel] = true;
-        vBorder.push_back(pixel);
+        if (!set.isSet(pixel)) return;
+        if (vPassesLeft[pixel] == 0) vBorder.push_back(pixel);
+        vPassesLeft[pixel] = 2;
     }
 
     PixelSet& set;
-    /// Only these are looked at: what is inside of something thick waits until it is reached.
+    /// Only these are looked at, by one pass of each kind after something around them has gone: what is inside of something thick
+    /// waits until it is reached, and what is thin isn't asked again.
     std::vector<std::size_t> vBorder;
-    std::vector<bool> vNoted;
+    std::vector<std::uint8_t> vPassesLeft;
 };
 
 // Pruning
