@@ -183,6 +183,18 @@ void followBranch(const PixelSet& set, std::size_t end, std::size_t maxLength,
     }
 }
 
+/// Around pixels that are gone takes away what is needless now, and appends it. The four pixels of a square, which may have joined
+/// branches, would be a closed loop by their links.
+void thinAround(PixelSet& set, std::vector<std::size_t>& vGone) {
+    for (std::size_t i = 0; i < vGone.size(); ++i)
+        for (int direction = 0; direction < ringSize; ++direction) {
+            const std::size_t pixel = set.neighbour(vGone[i], direction);
+            if (!set.isSet(pixel) || !isNeedless(set.ringOf(pixel))) continue;
+            set.takeAway(pixel);
+            vGone.push_back(pixel);
+        }
+}
+
 // Tracing
 
 class ChainTracer {
@@ -252,6 +264,7 @@ void pruneChains(FloatMtx& inOut, int minLength) {
             if (vBranch.size() < length) vShort.insert(vShort.end(), vBranch.begin(), vBranch.end());
         }
         for (const std::size_t pixel : vShort) set.takeAway(pixel);
+        thinAround(set, vShort);
     } while (set.sweep(inOut));
 }
 

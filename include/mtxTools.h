@@ -33,8 +33,8 @@ NORVIK2D_EXPORT void thresholdHysteresis(const FloatMtx& in, float low, float hi
 NORVIK2D_EXPORT void thinPixels(FloatMtx& inOut);
 
 /// Sets to 0, of thinned pixels, each branch from an end to the next junction, and each line from end to end, that has less than
-/// `minLength` pixels; the junction isn't one of the branch's. All that are too short at a time go at once, whatever is left may be
-/// too short then in turn, until nothing changes. Closed loops stay.
+/// `minLength` pixels; the junction isn't one of the branch's. All that are too short at a time go at once, and what of their
+/// junctions is needless then; whatever is left may be too short in turn, until nothing changes. Closed loops stay.
 NORVIK2D_EXPORT void pruneChains(FloatMtx& inOut, int minLength);
 
 /// Appends polylines through the centres, (x+0.5,y+0.5), of thinned pixels, each link once: first those from ends and junctions to

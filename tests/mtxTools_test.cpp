@@ -249,6 +249,10 @@ TEST(PruneChains, ShortBranchesGo) {
     const Drawing trunk{"#......#", ".#....#.", "..####..", ".#....#.", "#......#"};
     EXPECT_EQ(pruned(trunk, 3), (Drawing{"........", "........", "..####..", "........", "........"}));
     EXPECT_EQ(countParts(mtxOf(pruned(trunk, 5)), true), 0);
+    // What joined them: a square has no ends, but is no loop.
+    const Drawing knot{"#..#", ".##.", ".##.", "#..#"};
+    EXPECT_EQ(thinned(knot), knot);
+    EXPECT_EQ(countParts(mtxOf(pruned(knot, 3)), true), 0);
     const Drawing loop{".#...", "#.##.", ".#..#"};
     EXPECT_EQ(pruned(loop, 9), (Drawing{".#...", "#.#..", ".#..."}));
 }
