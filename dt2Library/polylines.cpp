@@ -16,17 +16,41 @@ using Line = std::vector<Point2>;
 
 bool isClosed(const Line& line) { return line.front() == line.back(); }
 
-double distanceFromSegment(const Point2& a, const Point2& b, const Point2& q) {
-    const double dx = b.x() - a.x(), dy = b.y() - a.y();
-    const double length = std::hypot(dx, dy);
-    const double qx = q.x() - a.x(), qy = q.y() - a.y();
-    if (length == 0.0) return std::hypot(qx, qy);
-    // Not by squares, which would overflow long before the coordinates do.
-    const double along = dx / length * qx + dy / length * qy;
-    if (along <= 0.0) return std::hypot(qx, qy);
-    if (along >= length) return std::hypot(q.x() - b.x(), q.y() - b.y());
-    return std::fabs(dx / length * qy - dy / length * qx);
-}
+/// The distances of points from the segment ab.
+class DistanceFromSegment {
+public:
+    DistanceFromSegment(const Point2& a, const Point2& b) {
+        takeEnds(a, b);
+        if (std::isfinite(length)) return;
+        // Quarters of coordinates, however large, have differences that don't overflow.
+        unit = 0.25;
+        takeEnds(a, b);
+    }
+
+    double operator()(const Point2& q) const {
+        const double x = unit * q.x() - ax, y = unit * q.y() - ay;
+        // Not by squares, which would overflow long before the coordinates do.
+        const double along = dirX * x + dirY * y;
+        // Infinite, or NaN, is only what is far away.
+        if (!(along > 0.0)) return std::hypot(x, y) / unit;
+        if (along >= length) return std::hypot(unit * q.x() - bx, unit * q.y() - by) / unit;
+        return std::fabs(dirX * y - dirY * x) / unit;
+    }
+
+private:
+    void takeEnds(const Point2& a, const Point2& b) {
+        ax = unit * a.x(), ay = unit * a.y();
+        bx = unit * b.x(), by = unit * b.y();
+        length = std::hypot(bx - ax, by - ay);
+        if (length == 0.0) return;
+        dirX = (bx - ax) / length;
+        dirY = (by - ay) / length;
+    }
+
+    double unit = 1.0;  ///< of all that follow
+    double ax = 0.0, ay = 0.0, bx = 0.0, by = 0.0;
+    double length = 0.0, dirX = 0.0, dirY = 0.0;
+};
 
 struct Farthest {
     double distance = -1.0;
@@ -36,9 +60,10 @@ struct Farthest {
 /// The first one of the inner points between two that are farthest from the segment ab.
 Farthest findFarthest(const Line& line, std::size_t first, std::size_t last, const Point2& a,
                       const Point2& b) {
+    const DistanceFromSegment distanceOf(a, b);
     Farthest farthest;
     for (std::size_t i = first + 1; i < last; ++i) {
-        const double distance = distanceFromSegment(a, b, line[i]);
+        const double distance = distanceOf(line[i]);
         if (distance > farthest.distance) farthest = {distance, i};
     }
     return farthest;

@@ -302,6 +302,11 @@ TEST(SimplifyPolyline, StaysWithinTheTolerance) {
     line = {{0, 0}, {1, 0}, {2, 1}, {2, 2}, {1, 3}, {0, 3}, {-1, 2}, {-1, 1}, {0, 0}};
     simplifyPolyline(line, 100.0);
     EXPECT_EQ(line, (std::vector<Point2>{{0, 0}, {2, 1}, {1, 3}, {0, 0}}));
+    // Differences overflow.
+    const double h = std::numeric_limits<double>::max();
+    line = {{-h, -h}, {h, -h}, {h, h}, {-h, h}, {-h, 0}, {-h, -h}};
+    simplifyPolyline(line, 1.0);
+    EXPECT_EQ(line, (std::vector<Point2>{{-h, -h}, {h, -h}, {h, h}, {-h, h}, {-h, -h}}));
 }
 
 TEST(SimplifyPolyline, WithoutToleranceOnlyExactlyCollinearPointsGo) {
