@@ -402,6 +402,8 @@ private:
     void rebuildConflictZone();
     void establish(ConstraintSegment2* pInitialCSeg);
     bool mayDivideAtCrossing();
+    bool mayHalve();
+    void endDividing(const char* place);
     bool isTooShortToHalve(const Point2& a, const Point2& b) const;
 
     // Dt2_zones.cpp
@@ -491,8 +493,9 @@ private:
     std::size_t mostRefinementVertices = 50000000;
     std::size_t numRefinementVertices = 0;  ///< made in this run
     std::size_t numDivisionsLeft = 0;       ///< at crossings, while a record is being made an edge
+    std::size_t numHalvings = 0;            ///< of conforming segments
     bool bPrecisionLimitReached = false;    ///< in this run
-    bool bDividingIsOver = false;           ///< crossing constraints stay out from now on
+    bool bDividingIsOver = false;  ///< constraints that would have to be divided stay out from now on
     std::map<const Zone2*, std::unique_ptr<Zone2>> sZones;
     Triangle2* pLastLocated = nullptr;  ///< queries often come in an order in which the next one is close
     std::mutex storesMutex;             ///< guards trianglePool and recycledTriangles while workers run

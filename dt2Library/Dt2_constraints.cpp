@@ -319,10 +319,14 @@ bool Dt2::mayDivideAtCrossing() {
         --numDivisionsLeft;
         return true;
     }
-    if (!bDividingIsOver)
-        warning("Dt2::newCDT_applyOneCS()", "insufficient numeric accuracy, need to skip last insertions");
-    bDividingIsOver = true;
+    if (!bDividingIsOver) endDividing("Dt2::newCDT_applyOneCS()");
     return false;
+}
+
+void Dt2::endDividing(const char* place) {
+    bDividingIsOver = true;
+    numDivisionsLeft = 0;
+    warning(place, "insufficient numeric accuracy, need to skip last insertions");
 }
 
 Point2* Dt2::newCDT_traverseCZ(ConstraintSegment2* pCSeg, Crossings& vPairIspCS) {
@@ -515,6 +519,30 @@ Triangle2* Dt2::legaliseEdge(Point2* pSrc, Point2* pTrg) {
 
 // -------------------------------------------------------------------------------------- conforming segments
 
+namespace {
+
+/// Goes from a vertex to the triangle with a point, or closer to it, from the vertex' triangle in that direction on. Straight,
+/// as other ways are long among slivers.
+Triangle2* walkTowards(KelmarTest& predicates, const Point2* pFrom, const Point2& point, Triangle2* pT) {
+    int exit = indexOf(pT, pFrom);
+    const auto isCrossed = [&] {
+        const Point2 *const b = corner(pT, ccw(exit)), *const c = corner(pT, cw(exit));
+        return predicates.getOrientation2(b, c, &point) == ORIENTATION2_CW &&
+               predicates.getOrientation2(pFrom, &point, b) != ORIENTATION2_CCW &&
+               predicates.getOrientation2(pFrom, &point, c) != ORIENTATION2_CW;
+    };
+    while (neighbour(pT, exit) != nullptr && isCrossed()) {
+        Triangle2* const pNext = neighbour(pT, exit);
+        const int j = indexOf(pNext, pT);
+        const bool bLeft = predicates.getOrientation2(pFrom, &point, corner(pNext, j)) == ORIENTATION2_CCW;
+        pT = pNext;
+        exit = bLeft ? ccw(j) : cw(j);
+    }
+    return pT;
+}
+
+}  // namespace
+
 void Dt2::insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg) {
     Point2* const s = pCSeg->getSrc();
     Point2* const t = pCSeg->getTrg();
@@ -531,7 +559,21 @@ void Dt2::insertSegmentConformingDelaunay(ConstraintSegment2* pCSeg) {
                 "Incorrect result!");
         return;
     }
-    pCSeg->split_combinatorialOnly(insert(middle));
+    if (!mayHalve()) return;
+    ++numHalvings;
+    pCSeg->split_combinatorialOnly(insert(middle, walkTowards(predicates, s, middle, beginning.pT)));
+}
+
+/// Segments that are nearly on one line halve each other by turns: each time their pieces get shorter there are twice as many. Where
+/// that many middles aren't enough, and the mesh has hardly another vertex, nothing is divided any more.
+bool Dt2::mayHalve() {
+    constexpr std::size_t mostOfAny = 100000;
+    constexpr double largestShare = 0.95;
+    if (bDividingIsOver) return false;
+    const double mostOfThese = largestShare * static_cast<double>(getApproxNumPoints());
+    if (numHalvings < mostOfAny || static_cast<double>(numHalvings) < mostOfThese) return true;
+    endDividing("Dt2::insertSegmentConformingDelaunay()");
+    return false;
 }
 
 /// Ten last places of the greatest coordinates are too little.

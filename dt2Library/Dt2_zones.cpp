@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <numeric>
+#include <utility>
 
 #include "ConstraintGraph2.h"
 #include "Dt2.h"
@@ -192,16 +194,97 @@ bool Dt2::findSeedAndBorder(const std::vector<Triangle2*>& vComponent, Point2& s
 
 namespace {
 
-/// Drops pieces that come an even number of times: they run there and back, and bound nothing. So it is where vertices are closer
-/// to each other than crossings are exact, or where both sides of a corner cross an edge that passes it so closely that one vertex
-/// stands for both crossings.
-void dropSpikes(std::vector<ConstraintSegment2*>& vPieces) {
-    std::vector<ConstraintSegment2*> vSorted(vPieces);
-    std::sort(vSorted.begin(), vSorted.end(), ByAddress{});
-    std::erase_if(vPieces, [&](ConstraintSegment2* pPiece) {
-        const auto [first, last] = std::equal_range(vSorted.begin(), vSorted.end(), pPiece, ByAddress{});
-        return (last - first) % 2 == 0;
-    });
+using Edges = std::vector<std::pair<const Point2*, const Point2*>>;
+/// Numbers of edges.
+using EdgeRing = std::vector<std::size_t>;
+
+/// Takes closed chains of edges apart where they meet themselves, into rings; edges that run there and back aren't in any. What isn't
+/// closed comes as a ring, too.
+class RingFinder {
+public:
+    explicit RingFinder(const Edges& vEdges_) : vEdges(vEdges_) {
+        for (std::size_t i = 0; i < vEdges.size(); ++i)
+            for (const Point2* pVtx : {vEdges[i].first, vEdges[i].second}) vEnds.push_back({pVtx, i});
+        std::sort(vEnds.begin(), vEnds.end(), [](const End& a, const End& b) {
+            return a.pVtx != b.pVtx ? ByAddress{}(a.pVtx, b.pVtx) : a.edge < b.edge;
+        });
+        vStepAt.assign(vEnds.size(), nowhere);
+        vUsed.assign(vEdges.size(), false);
+    }
+
+    std::vector<EdgeRing> find() {
+        for (std::size_t edge = 0; edge < vEdges.size(); ++edge) {
+            if (vUsed[edge]) continue;
+            walkFrom(placeOf(vEdges[edge].first));
+            take(0);
+        }
+        return std::move(vRings);
+    }
+
+private:
+    static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+    struct End {
+        const Point2* pVtx;
+        std::size_t edge;
+    };
+    struct Step {
+        std::size_t place, edge;
+    };
+
+    /// The first of a vertex' ends.
+    std::size_t placeOf(const Point2* pVtx) const {
+        const auto at =
+            std::lower_bound(vEnds.begin(), vEnds.end(), pVtx,
+                             [](const End& end, const Point2* p) { return ByAddress{}(end.pVtx, p); });
+        return static_cast<std::size_t>(at - vEnds.begin());
+    }
+
+    /// Goes on until there is no edge left to go along; takes a ring wherever the trail meets itself.
+    void walkFrom(std::size_t place) {
+        for (;;) {
+            const Point2* const pVtx = vEnds[place].pVtx;
+            if (vStepAt[place] != nowhere) take(vStepAt[place]);
+            std::size_t next = place;
+            while (next < vEnds.size() && vEnds[next].pVtx == pVtx && vUsed[vEnds[next].edge]) ++next;
+            if (next == vEnds.size() || vEnds[next].pVtx != pVtx) return;
+            const std::size_t edge = vEnds[next].edge;
+            vUsed[edge] = true;
+            vStepAt[place] = vTrail.size();
+            vTrail.push_back({place, edge});
+            place = placeOf(vEdges[edge].first == pVtx ? vEdges[edge].second : vEdges[edge].first);
+        }
+    }
+
+    /// Takes the trail from a step on.
+    void take(std::size_t first) {
+        EdgeRing ring;
+        for (std::size_t i = first; i < vTrail.size(); ++i) {
+            ring.push_back(vTrail[i].edge);
+            vStepAt[vTrail[i].place] = nowhere;
+        }
+        vTrail.resize(first);
+        const auto isSameEdge = [this](std::size_t i, std::size_t j) {
+            return std::minmax(vEdges[i].first, vEdges[i].second) ==
+                   std::minmax(vEdges[j].first, vEdges[j].second);
+        };
+        if (ring.empty() || (ring.size() == 2 && isSameEdge(ring[0], ring[1]))) return;
+        std::sort(ring.begin(), ring.end());
+        vRings.push_back(std::move(ring));
+    }
+
+    const Edges& vEdges;
+    std::vector<End> vEnds;
+    std::vector<std::size_t>
+        vStepAt;  ///< of the first of a vertex' ends: the step of the trail that begins there
+    std::vector<Step> vTrail;
+    std::vector<char> vUsed;  ///< of an edge
+    std::vector<EdgeRing> vRings;
+};
+
+EdgeRing allOf(const Edges& vEdges) {
+    EdgeRing ring(vEdges.size());
+    std::iota(ring.begin(), ring.end(), std::size_t{0});
+    return ring;
 }
 
 }  // namespace
@@ -230,16 +313,29 @@ Zone2* Dt2::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool
 
     std::vector<ConstraintSegment2*> vPieces;
     CUTT_cutTriangles(vSegments, bWithConstraints, vPieces);
-    dropSpikes(vPieces);
-    std::vector<Segment2> vRing;
-    for (const ConstraintSegment2* pPiece : vPieces) vRing.emplace_back(*pPiece->getSrc(), *pPiece->getTrg());
-    ConstraintGraph2* const pGraph = createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);
-    if (pGraph == nullptr) return nullptr;
-    Zone2* const pInside = createZone(pGraph, ZL_INSIDE);
-    if (pInside == nullptr) return nullptr;
-
+    // Of a ring: its pieces meet each other where vertices are closer to each other than crossings are exact, and where one vertex
+    // stands for crossings of several sides.
+    Edges vSides, vEdges;
+    for (const Segment2& segment : vSegments)
+        if (segment.getSrc() != segment.getTrg())
+            vSides.emplace_back(insert(segment.getSrc()), insert(segment.getTrg()));
+    for (const ConstraintSegment2* pPiece : vPieces) vEdges.emplace_back(pPiece->getSrc(), pPiece->getTrg());
+    std::vector<EdgeRing> vRings{allOf(vEdges)};
+    if (RingFinder(vSides).find() == std::vector<EdgeRing>{allOf(vSides)}) vRings = RingFinder(vEdges).find();
     std::vector<Triangle2*> vTriangles;
-    pInside->getTriangles(vTriangles);
+    for (const EdgeRing& ring : vRings) {
+        std::vector<Segment2> vRing;
+        for (const std::size_t edge : ring) vRing.emplace_back(*vEdges[edge].first, *vEdges[edge].second);
+        ConstraintGraph2* const pGraph = createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY, false);
+        if (pGraph == nullptr) return nullptr;
+        Zone2* const pInside = createZone(pGraph, ZL_INSIDE);
+        if (pInside == nullptr) return nullptr;
+        std::vector<Triangle2*> vInside, vSum;
+        pInside->getTriangles(vInside);
+        std::set_symmetric_difference(vTriangles.begin(), vTriangles.end(), vInside.begin(), vInside.end(),
+                                      std::back_inserter(vSum), ByAddress{});
+        vTriangles.swap(vSum);
+    }
     if (pOldHull != nullptr) {
         // Also without those beyond the old hull whose corners are crossings all.
         std::vector<Triangle2*> vOldMesh, vBoth;

@@ -229,17 +229,23 @@ TEST(Constraints, CrossingsBeyondTheFaithfulDomainLeaveAValidMesh) {
     }
 }
 
+namespace {
+
+/// Off a line by last places, within 1e6 units of the origin.
+Point2 besideLine(Rng& rng, double unit) {
+    double x = unit * 100.0 * (below(rng, 20001) - 10000), y = 0.37 * x;
+    for (double* pCoordinate : {&x, &y})
+        for (int i = below(rng, 4); i > 0; --i) *pCoordinate = std::nextafter(*pCoordinate, 1e9);
+    return {x, y};
+}
+
+}  // namespace
+
 // Rounded pieces of lines that are nearly the same cross again and again.
 TEST(Constraints, DividingABundleComesToAnEnd) {
     Rng rng(5);
-    const auto besideLine = [&] {
-        double x = 100.0 * (below(rng, 20001) - 10000), y = 0.37 * x;
-        for (double* pCoordinate : {&x, &y})
-            for (int i = below(rng, 4); i > 0; --i) *pCoordinate = std::nextafter(*pCoordinate, 1e9);
-        return Point2(x, y);
-    };
     Segments bundle;
-    for (int i = 0; i < 30; ++i) bundle.emplace_back(besideLine(), besideLine());
+    for (int i = 0; i < 30; ++i) bundle.emplace_back(besideLine(rng, 1.0), besideLine(rng, 1.0));
     Norvik_2D mesh;
     CaptureOutput output;
     mesh.createConstraint(bundle, constrained);
@@ -253,6 +259,24 @@ TEST(Constraints, DividingABundleComesToAnEnd) {
     mesh.createConstraint({apart, across}, constrained);
     EXPECT_EQ(mesh.numberOfPoints(), numPoints + 4);
     EXPECT_TRUE(mesh.isConstraint(mesh.insert(apart.getSrc()), mesh.insert(apart.getTrg())));
+    EXPECT_EQ(lawsBroken(mesh), "");
+}
+
+// Pieces would have to be halved some fifty times, and there are twice as many of them each time.
+TEST(Constraints, HalvingABundleComesToAnEnd) {
+    Rng rng(1);
+    Norvik_2D mesh;
+    mesh.insert(std::vector<Point2>{{-1, 2}, {1, -1}});
+    CaptureOutput output;
+    Segments bundle;
+    for (int i = 0; i < 10; ++i) bundle.emplace_back(besideLine(rng, 1e-6), besideLine(rng, 1e-6));
+    mesh.createConstraint(bundle, CIS_CONFORMING_DELAUNAY);
+    mesh.applyConstraintsAndZones();
+    EXPECT_EQ(countOf(output.out(), "insufficient numeric accuracy, need to skip last insertions"), 1);
+    const std::size_t numPoints = mesh.numberOfPoints();
+    EXPECT_LT(numPoints, 110000U);
+    mesh.applyConstraintsAndZones();
+    EXPECT_EQ(mesh.numberOfPoints(), numPoints);
     EXPECT_EQ(lawsBroken(mesh), "");
 }
 

@@ -260,18 +260,30 @@ TEST(CookieCutter, CutsWhatIsInsideOfPolygonAndHull) {
             }
 }
 
-// One vertex stands for the crossings of both sides then, and the pieces to it from the corner run there and back.
+// One vertex stands for the crossings of several sides then: pieces from a corner to it run there and back, or the ring meets itself.
 TEST(CookieCutter, CutsWhereAnEdgePassesACornerClosely) {
-    for (const bool bWithConstraints : {false, true}) {
-        Norvik_2D mesh;
-        mesh.insert(Polygon{{0, 5}, {10, 5}, {5, 12}, {5, 0}});
-        CaptureOutput output;
-        const Zone2* const pZone =
-            mesh.createZone_cookieCutter(ring(Polygon{{5, 5 - 1e-6}, {7, 7}, {3, 7}}), bWithConstraints);
-        ASSERT_NE(pZone, nullptr);
-        EXPECT_NEAR(areaOf(pZone), 4.0, 1e-5);
-        EXPECT_EQ(zoneFaults(mesh, pZone), "");
-    }
+    const struct {
+        const char* name;
+        Polygon points, polygon;
+        double area;
+    } cases[] = {
+        {"a spike", {{0, 5}, {10, 5}, {5, 12}, {5, 0}}, {{5, 5 - 1e-6}, {7, 7}, {3, 7}}, 4},
+        {"a neck",
+         {{3.0000001, 0}, {3.0000001, 8}, {-9, 4}, {9, 4}},
+         {{2, 2}, {4, 2}, {4, 4}, {3, 2 + 1e-6}, {2, 4}},
+         2},
+    };
+    for (const auto& [name, points, polygon, area] : cases)
+        for (const bool bWithConstraints : {false, true}) {
+            SCOPED_TRACE(name);
+            Norvik_2D mesh;
+            mesh.insert(points);
+            CaptureOutput output;
+            const Zone2* const pZone = mesh.createZone_cookieCutter(ring(polygon), bWithConstraints);
+            ASSERT_NE(pZone, nullptr);
+            EXPECT_NEAR(areaOf(pZone), area, 1e-5);
+            EXPECT_EQ(zoneFaults(mesh, pZone), "");
+        }
 }
 
 TEST(CookieCutter, CutsNoOtherShapes) {
