@@ -83,7 +83,7 @@ bool RefCand3::needRefinement(MeshGenParams* pParams) {
     computeMinMax();
     const Reason reason = reasonToRefine(pParams);
     if (reason == Reason::NONE) return false;
-    if (isTooSmallForCircumcenter()) {
+    if (isOutOfRange()) {
         pDt->reportPrecisionLimit();
         return false;
     }
@@ -126,10 +126,11 @@ void RefCand3::computeMinMax() {
     std::sort(sqSideLengths.begin(), sqSideLengths.end());
 }
 
-/// Circumcentres are made of fourth powers of lengths, and those vanish below this.
-bool RefCand3::isTooSmallForCircumcenter() const {
-    constexpr double leastLength = 1e-75;
-    return std::sqrt(getMaxSqSideLength2D()) < leastLength;
+/// Circumcentres and areas are made of fourth powers of lengths, and those vanish below these lengths, and overflow above.
+bool RefCand3::isOutOfRange() const {
+    constexpr double leastLength = 1e-75, greatestLength = 1e75;
+    const double length = std::sqrt(getMaxSqSideLength2D());
+    return length < leastLength || length > greatestLength;
 }
 
 /// Whether the triangle is so small that doubles hardly tell its corners apart: no limit can be met there, neither of size nor

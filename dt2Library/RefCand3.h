@@ -111,7 +111,7 @@ private:
 
     Reason reasonOfSize(MeshGenParams* pParams);
     Reason reasonToRefine(MeshGenParams* pParams);
-    bool isTooSmallForCircumcenter() const;
+    bool isOutOfRange() const;
     bool isAtPrecisionLimit() const;
     void explain(Reason reason, MeshGenParams* pParams) const;
 

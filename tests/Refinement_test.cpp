@@ -114,7 +114,8 @@ TEST(Refinement, DomainsWithoutSharpCornersMeetTheBoundEverywhere) {
 }
 
 TEST(Refinement, SharpCornersAndTinyFeaturesEndSoundly) {
-    const std::pair<double, double> images[] = {{1, 0}, {1, 1e6}, {1e-4, 0}, {1e8, 0}, {100, 4e7}};
+    const std::pair<double, double> images[] = {{1, 0},     {1, 1e6},  {1e-4, 0}, {1e8, 0},
+                                                {100, 4e7}, {1e18, 0}, {1e70, 0}};
     for (const Domain& domain : sharpDomains())
         for (const auto& [scale, offset] : images)
             for (const auto& [bound, minEdge] : {std::pair(20.0, 1e-3), std::pair(30.0, 1e-2)}) {
@@ -164,6 +165,7 @@ TEST(Refinement, GradedMeshesFollowThePlaceAndGrowSlowly) {
 
 TEST(Refinement, ImpossibleLimitsEndWithOneWarning) {
     const Domain farSquare{"far", {box(0x1p50, 0x1p50, 0x1p50 + 16, 0x1p50 + 16)}};  // 64 last places a side
+    const Domain hugeSquare{"huge", {box(0, 0, 1e90, 1e90)}};  // the squares of its areas overflow
     // Halves of its sides are divided at once, by vertices a last place away.
     const Domain sliver{"sliver",
                         {{{-0.00039642109535634521, -0.00066186048649251458},
@@ -179,6 +181,7 @@ TEST(Refinement, ImpossibleLimitsEndWithOneWarning) {
         {square, {.minEdge = 0, .maxArea = 0}, 1000},
         {square, {.maxEdge = 5, .growFactor = 0.9, .growMinArea = 0}, 1000},
         {farSquare, {.minEdge = 0, .maxEdge = 0}, 50000000},
+        {hugeSquare, {.minEdge = 1e88, .maxArea = 1e178}, 50000000},
     };
     for (const auto& [domain, wish, mostVertices] : cases) {
         Meshed meshed(domain);
