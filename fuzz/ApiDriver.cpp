@@ -59,6 +59,7 @@ void ApiDriver::begin() {
     mVertices.clear();
     vHandles.clear();
     vRemoved.clear();
+    sOnceAlive.clear();
     vGiven.clear();
     vGraphs.clear();
     vRings.clear();
@@ -190,6 +191,7 @@ void ApiDriver::check() {
     const bool bCircles = bDelaunay && numChecks++ % 8 == 0;
     if (isEnforced()) expect(pMesh->checkValidity(bCircles, "check"), "the mesh is valid");
     checkVertices();
+    checkTriangles();
     if (!isEnforced()) return;
     for (const KnownZone& known : vZones) checkZone(known);
 }
@@ -202,4 +204,15 @@ void ApiDriver::checkVertices() {
     }
     for (const Point2* pVtx : vRemoved)
         expect(pVtx->getIncidentTriangle() == nullptr, "removed vertices have no triangle");
+}
+
+/// Dead triangles wait in the pool with nothing in them.
+void ApiDriver::checkTriangles() {
+    const Triangles vAlive = zoneLaws::trianglesOf(*pMesh);
+    const zoneLaws::TriangleSet sAlive = zoneLaws::setOf(vAlive);
+    for (Triangle2* pT : sOnceAlive)
+        for (int i = 0; i < 3 && sAlive.count(pT) == 0; ++i)
+            expect(pT->getCorner(i) == nullptr && pT->getOppositeTriangle(i) == nullptr,
+                   "dead triangles have no corners and no neighbours");
+    sOnceAlive.insert(vAlive.begin(), vAlive.end());
 }

@@ -173,6 +173,7 @@ private:
     template <class... T>
     void say(const T&... items) const;
     void checkVertices();
+    void checkTriangles();
 
     Decisions& from;
     Options options;
@@ -184,6 +185,7 @@ private:
     std::map<Coordinates, Point2*> mVertices;
     std::vector<Point2*> vHandles;  ///< the same, to draw from
     std::vector<Point2*> vRemoved;
+    zoneLaws::TriangleSet sOnceAlive;
     std::unique_ptr<Demands> pDemands;
     Segments vGiven;
     std::vector<Graph*> vGraphs;
