@@ -169,6 +169,16 @@ void Dt2::reportPrecisionLimit() {
 
 // ------------------------------------------------------------------------------------------------ one step
 
+namespace {
+
+bool isInZone(const Triangle2* pT, const Zone2& zone) {
+    std::vector<Triangle2*> vTriangles;
+    zone.getTriangles(vTriangles);
+    return std::find(vTriangles.begin(), vTriangles.end(), pT) != vTriangles.end();
+}
+
+}  // namespace
+
 bool Dt2::tryRefine(RefCand3& candidate, MeshGenParams* pParams) {
     require(candidate.isAlive(), "pRC->isAlive()");
     require(pRefinementQueue != nullptr, "pmmAng2RC!=__null");
@@ -177,7 +187,11 @@ bool Dt2::tryRefine(RefCand3& candidate, MeshGenParams* pParams) {
     require(pGraph != nullptr, "pCG!=__null");
     const auto [pContainingT, splitIndex] = candidate.getContainingTriangleAndIndex();
     if (splitIndex == SPLIT_NEVER) return false;
-    if (splitIndex != SPLIT_NONE) return splitForRefinement(candidate, pGraph);
+    if (splitIndex != SPLIT_NONE) {
+        // Walls a last place apart are divided by each other's vertices, and a triangle that was between them may end up outside.
+        const bool bWall = isConstraint(pContainingT, splitIndex);
+        return (bWall || isInZone(pContainingT, *pParams->pZone)) && splitForRefinement(candidate, pGraph);
+    }
     insertSteiner(candidate.getSteiner(), pContainingT);
     return true;
 }

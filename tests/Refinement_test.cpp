@@ -125,6 +125,18 @@ TEST(Refinement, SharpCornersAndTinyFeaturesEndSoundly) {
             }
 }
 
+TEST(Refinement, WallsALastPlaceApartAreNoHullEdges) {
+    Norvik_2D mesh;
+    const Point2 tip(-1, -6), upper(-0.4860897059712268, -0.0068005957184036347);
+    mesh.insert({{upper.x(), -0.0068005957184038568}, {-4, -0.93599792885855315}, tip, upper});
+    mesh.createConstraint({{upper, tip}}, CIS_CONSTRAINED_DELAUNAY);
+    Zone2* const pZone = mesh.createZone(zoneLaws::trianglesOf(mesh))->convertToBoundedZone();
+    const double area = areaOf(pZone);
+    mesh.refine(pZone, 10, 0.0006, 0.6, true);
+    EXPECT_EQ(zoneLaws::soundness(mesh, true), "");
+    EXPECT_NEAR(areaOf(pZone), area, 1e-12);
+}
+
 TEST(Refinement, ConstraintsThatWaitAreAppliedFirst) {
     Meshed meshed(square);
     meshed.refine({.maxEdge = 2});
