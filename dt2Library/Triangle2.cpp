@@ -215,8 +215,8 @@ void Triangle2::getCC_strategy2(int index, double xOffset, double yOffset, Point
 
     // The corner lies to the right of c -> b, so the normal leads away from it. With an acute angle at the
     // corner the centre is on the corner's side, not farther than the corner itself; with an obtuse one it is
-    // on the other side, at a distance without limit: as far as corners are told apart, for long edges too.
-    constexpr double farthest = 1e13, farthestOfLength = 1e7;
+    // on the other side, at a distance without limit.
+    constexpr double farthest = 1e13, farthestOfLength = 10.0;
     Vector2 normal = (b - c).orthogonalVector();
     double searchRange = std::max(farthest, farthestOfLength * distance(b, c)) / normal.length(), sign = -1.0;
     if (squaredDistance(a, middle) > squaredDistance(b, middle)) {

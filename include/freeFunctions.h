@@ -28,11 +28,13 @@ NORVIK2D_EXPORT void getBorders(const std::vector<Triangle2*>& vTriangles, std::
 NORVIK2D_EXPORT bool sortRing(std::vector<Segment2>& vSegments);
 
 /// Orders the segments of a ring that may touch itself at vertices, counterclockwise from its vertex of least x (least y among
-/// these). False, with a warning, and nothing is changed, if they are no ring.
+/// these). Segments that the way around doesn't come by, such as those of a second ring, are dropped. False, with a warning, and
+/// nothing is changed, if they are no ring.
 NORVIK2D_EXPORT bool sortRingCCW(std::vector<Segment2>& vSegments);
 
 /// Whether the segments are closed (an even number of ends at each point) and meet nowhere but at ends. Segments of no length
-/// don't count, and one may be given several times. Decided exactly, by a triangulation of the segments.
+/// don't count, and one may be given several times; all on one line count as meeting nowhere. Decided exactly, by a triangulation of
+/// the segments.
 NORVIK2D_EXPORT bool isSimplePolygon(const std::vector<Segment2>& vSegments);
 
 /// Appends the three edges of each triangle.
