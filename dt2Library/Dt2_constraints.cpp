@@ -521,20 +521,29 @@ Triangle2* Dt2::legaliseEdge(Point2* pSrc, Point2* pTrg) {
 
 namespace {
 
-/// Goes from a vertex to the triangle with a point, or closer to it, from the vertex' triangle in that direction on. Straight,
-/// as other ways are long among slivers.
+/// Goes straight from a vertex to the triangle with a point, or closer to it: among slivers other ways are long. Begins with a
+/// triangle of the vertex in about that direction.
 Triangle2* walkTowards(KelmarTest& predicates, const Point2* pFrom, const Point2& point, Triangle2* pT) {
     int exit = indexOf(pT, pFrom);
-    const auto isCrossed = [&] {
-        const Point2 *const b = corner(pT, ccw(exit)), *const c = corner(pT, cw(exit));
-        return predicates.getOrientation2(b, c, &point) == ORIENTATION2_CW &&
-               predicates.getOrientation2(pFrom, &point, b) != ORIENTATION2_CCW &&
-               predicates.getOrientation2(pFrom, &point, c) != ORIENTATION2_CW;
+    const auto right = [&] { return corner(pT, ccw(exit)); };
+    const auto left = [&] { return corner(pT, cw(exit)); };
+    const auto sideOf = [&](const Point2* pVtx) { return predicates.getOrientation2(pFrom, &point, pVtx); };
+
+    const bool bTurnsRight = sideOf(right()) == ORIENTATION2_CCW;
+    while (bTurnsRight ? sideOf(right()) == ORIENTATION2_CCW : sideOf(left()) == ORIENTATION2_CW) {
+        Triangle2* const pNext = neighbour(pT, bTurnsRight ? cw(exit) : ccw(exit));
+        if (pNext == nullptr) return pT;
+        pT = pNext;
+        exit = indexOf(pT, pFrom);
+    }
+    const auto isBeyondExit = [&] {
+        return predicates.getOrientation2(right(), left(), &point) == ORIENTATION2_CW &&
+               sideOf(right()) != ORIENTATION2_CCW && sideOf(left()) != ORIENTATION2_CW;
     };
-    while (neighbour(pT, exit) != nullptr && isCrossed()) {
+    while (neighbour(pT, exit) != nullptr && isBeyondExit()) {
         Triangle2* const pNext = neighbour(pT, exit);
         const int j = indexOf(pNext, pT);
-        const bool bLeft = predicates.getOrientation2(pFrom, &point, corner(pNext, j)) == ORIENTATION2_CCW;
+        const bool bLeft = sideOf(corner(pNext, j)) == ORIENTATION2_CCW;
         pT = pNext;
         exit = bLeft ? ccw(j) : cw(j);
     }
