@@ -146,6 +146,8 @@ def main():
         faults = [fault for number in wanted for fault in faults if fault.number == number]
     else:
         faults = [fault for fault in faults if not fault.is_struck]
+    for fault in faults:
+        fault.planted_in((ROOT / fault.path).read_text())
     copy_tree()
     configure()
     build()
