@@ -274,8 +274,8 @@ private:
 
     const Edges& vEdges;
     std::vector<End> vEnds;
-    std::vector<std::size_t>
-        vStepAt;  ///< of the first of a vertex' ends: the step of the trail that begins there
+    /// Of the first of a vertex' ends: the step of the trail that begins there.
+    std::vector<std::size_t> vStepAt;
     std::vector<Step> vTrail;
     std::vector<char> vUsed;  ///< of an edge
     std::vector<EdgeRing> vRings;
