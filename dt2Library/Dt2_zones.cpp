@@ -216,7 +216,7 @@ public:
         for (std::size_t edge = 0; edge < vEdges.size(); ++edge) {
             if (vUsed[edge]) continue;
             walkFrom(placeOf(vEdges[edge].first));
-            take(0);
+            if (!vTrail.empty()) vRings.push_back(take(0));
         }
         return std::move(vRings);
     }
@@ -243,7 +243,10 @@ private:
     void walkFrom(std::size_t place) {
         for (;;) {
             const Point2* const pVtx = vEnds[place].pVtx;
-            if (vStepAt[place] != nowhere) take(vStepAt[place]);
+            if (vStepAt[place] != nowhere) {
+                EdgeRing ring = take(vStepAt[place]);
+                if (ring.size() > 2) vRings.push_back(std::move(ring));
+            }
             std::size_t next = place;
             while (next < vEnds.size() && vEnds[next].pVtx == pVtx && vUsed[vEnds[next].edge]) ++next;
             if (next == vEnds.size() || vEnds[next].pVtx != pVtx) return;
@@ -256,20 +259,15 @@ private:
     }
 
     /// Takes the trail from a step on.
-    void take(std::size_t first) {
+    EdgeRing take(std::size_t first) {
         EdgeRing ring;
         for (std::size_t i = first; i < vTrail.size(); ++i) {
             ring.push_back(vTrail[i].edge);
             vStepAt[vTrail[i].place] = nowhere;
         }
         vTrail.resize(first);
-        const auto isSameEdge = [this](std::size_t i, std::size_t j) {
-            return std::minmax(vEdges[i].first, vEdges[i].second) ==
-                   std::minmax(vEdges[j].first, vEdges[j].second);
-        };
-        if (ring.empty() || (ring.size() == 2 && isSameEdge(ring[0], ring[1]))) return;
         std::sort(ring.begin(), ring.end());
-        vRings.push_back(std::move(ring));
+        return ring;
     }
 
     const Edges& vEdges;
